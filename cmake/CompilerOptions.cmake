@@ -1,0 +1,22 @@
+# One interface target carries what every target of ours is compiled and linked with.
+add_library(ferrivane_options INTERFACE)
+target_include_directories(ferrivane_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(ferrivane_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+
+if(FERRIVANE_SANITIZE)
+  target_compile_options(ferrivane_options INTERFACE
+    -fsanitize=${FERRIVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(ferrivane_options INTERFACE -fsanitize=${FERRIVANE_SANITIZE})
+  # The linker's GCC cannot see past some instrumented checks and reports values it has seen set.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(ferrivane_options INTERFACE -Wno-maybe-uninitialized)
+  endif()
+elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
+  target_compile_options(ferrivane_options INTERFACE
+    -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
+endif()
+if(NOT APPLE)
+  target_compile_definitions(ferrivane_options INTERFACE _GLIBCXX_ASSERTIONS)
+  target_link_options(ferrivane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)
+endif()

@@ -1,0 +1,59 @@
+#include "core/support/SerialQueue.h"
+
+#include <utility>
+
+#include <pthread.h>
+#include <signal.h>
+
+namespace ferrivane {
+
+SerialQueue::SerialQueue(std::string label) : label_(std::move(label)) {}
+
+SerialQueue::~SerialQueue() {
+    {
+        const std::lock_guard lock(mutex_);
+        ending_ = true;
+    }
+    changed_.notify_all();
+    if (thread_.joinable()) thread_.join();
+}
+
+void SerialQueue::async(std::function<void()> job) {
+    {
+        const std::lock_guard lock(mutex_);
+        jobs_.push_back(std::move(job));
+        if (!thread_.joinable()) {
+            // Signals belong to the threads that expect them.
+            sigset_t all;
+            sigset_t before;
+            ::sigfillset(&all);
+            ::pthread_sigmask(SIG_SETMASK, &all, &before);
+            thread_ = std::thread([this] { run(); });
+            ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        }
+    }
+    changed_.notify_all();
+}
+
+bool SerialQueue::drain(std::chrono::milliseconds limit) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, limit, [this] { return jobs_.empty() && !running_; });
+}
+
+void SerialQueue::run() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        changed_.wait(lock, [this] { return !jobs_.empty() || ending_; });
+        if (jobs_.empty()) return;
+        const std::function<void()> job = std::move(jobs_.front());
+        jobs_.pop_front();
+        running_ = true;
+        lock.unlock();
+        job();
+        lock.lock();
+        running_ = false;
+        if (jobs_.empty()) changed_.notify_all();
+    }
+}
+
+}  // namespace ferrivane
