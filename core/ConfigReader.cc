@@ -54,7 +54,8 @@ struct PartialRule {
 // Takes the parser's events and builds the configuration. Every event returns whether to go on.
 class Reader : public nlohmann::json_sax<Json> {
   public:
-    explicit Reader(std::string_view text) : text_(text), seen_(text.data()) {}
+    explicit Reader(std::string_view text)
+        : text_(text), seen_(text.data()), counted_(text.data()) {}
 
     std::expected<Config, ConfigError> read() {
         const char* const end = text_.data() + text_.size();
@@ -180,11 +181,12 @@ class Reader : public nlohmann::json_sax<Json> {
                      const nlohmann::detail::exception& exception) override {
         const std::string_view before = text_.substr(0, std::min(position, text_.size()));
         const std::size_t newline = before.substr(0, before.size() - !before.empty()).rfind('\n');
-        const std::string_view lastLine =
+        std::string_view lastLine =
             newline == std::string_view::npos ? before : before.substr(newline + 1);
         error_.kind = ConfigError::Kind::syntax;
         error_.line =
             1 + static_cast<std::size_t>(std::count(before.data(), lastLine.data(), '\n'));
+        if (lastLine.starts_with("\uFEFF")) lastLine.remove_prefix(3);  // nobody sees it
         error_.column =
             std::max<std::size_t>(1, static_cast<std::size_t>(std::ranges::count_if(
                                          lastLine, [](char c) { return (c & 0xC0) != 0x80; })));
@@ -254,7 +256,11 @@ class Reader : public nlohmann::json_sax<Json> {
         }
     }
 
-    bool number() { return place() == Place::ignored || wrongType("a number"); }
+    bool number() {
+        if (place() == Place::ignored) return true;
+        --seen_;  // the parser has read on to find the number's end
+        return wrongType("a number");
+    }
 
     bool wrongType(std::string_view found) {
         return valueError(here() + ": expected " + std::string(expected()) + ", found " +
@@ -284,8 +290,11 @@ class Reader : public nlohmann::json_sax<Json> {
         return true;
     }
 
-    std::size_t line() const {
-        return 1 + static_cast<std::size_t>(std::count(text_.data(), seen_, '\n'));
+    // Counts on from where it last stopped: it is asked once for each of any number of rules.
+    std::size_t line() {
+        line_ += static_cast<std::size_t>(std::count(counted_, seen_, '\n'));
+        counted_ = seen_;
+        return line_;
     }
 
     bool valueError(std::string detail) {
@@ -306,6 +315,7 @@ class Reader : public nlohmann::json_sax<Json> {
     // The library words its messages "[id] parse error at <where>: <sentence>; last read: <token>".
     // The sentence is what a person needs: where is said by us, and the token can be a megabyte.
     static std::string sentenceOf(std::string_view what) {
+        if (what.starts_with("[json.exception.out_of_range")) return "a number is too large";
         if (const std::size_t where = what.find("parse error"); where != std::string_view::npos) {
             what.remove_prefix(where);
             if (const std::size_t colon = what.find(": "); colon != std::string_view::npos) {
@@ -317,13 +327,18 @@ class Reader : public nlohmann::json_sax<Json> {
         if (token == std::string_view::npos) return std::string(what);
         std::string sentence(what.substr(0, token));
         // What was expected instead follows the token.
+        constexpr std::size_t kLongestRest = 60;  // the token can hold these words too
         const std::size_t rest = what.rfind("'; expected ");
-        if (rest != std::string_view::npos && rest > token) sentence += what.substr(rest + 1);
+        if (rest != std::string_view::npos && rest > token && what.size() - rest < kLongestRest) {
+            sentence += what.substr(rest + 1);
+        }
         return sentence;
     }
 
     const std::string_view text_;
     const char* seen_;
+    const char* counted_;   // up to here
+    std::size_t line_ = 1;  // there are so many lines
     Config config_;
     ConfigError error_;
     PartialRule rule_;

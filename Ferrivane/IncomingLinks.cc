@@ -1,0 +1,45 @@
+#include "Ferrivane/IncomingLinks.h"
+
+#include <array>
+
+#include "Ferrivane/AppInfo.h"
+#include "core/support/Text.h"
+#include "core/support/Url.h"
+
+namespace ferrivane::IncomingLinks {
+
+std::vector<std::string> fromOperands(const std::vector<std::string>& operands,
+                                      const std::filesystem::path& directory) {
+    std::vector<std::string> links;
+    for (const std::string& operand : operands) {
+        if (operand.empty() || operand.starts_with('-')) continue;
+        if (const auto scheme = Url::schemeOf(operand)) {
+            if (!Text::equalIgnoringCase(*scheme, AppInfo::urlScheme)) links.push_back(operand);
+            continue;
+        }
+        const std::filesystem::path path = (directory / operand).lexically_normal();
+        std::error_code error;
+        if (std::filesystem::exists(path, error)) links.push_back(fileURL(path));
+    }
+    return links;
+}
+
+std::string fileURL(const std::filesystem::path& path) {
+    constexpr std::string_view kPlain =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/!$&'()*+,;=:@";
+    constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+    std::string url = "file://";
+    for (const char c : path.string()) {
+        if (kPlain.find(c) != std::string_view::npos) {
+            url.push_back(c);
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            url.push_back('%');
+            url.push_back(kHexDigits[byte >> 4]);
+            url.push_back(kHexDigits[byte & 0x0F]);
+        }
+    }
+    return url;
+}
+
+}  // namespace ferrivane::IncomingLinks

@@ -1,0 +1,90 @@
+#include "Ferrivane/linux/ChromeLocation.h"
+
+#include <array>
+
+namespace ferrivane::ChromeLocator {
+namespace {
+
+enum class Package { native, flatpak, snap };
+
+struct Variant {
+    std::string_view id;  // of the desktop entry
+    Package package;
+    std::string_view folder;  // native, Flatpak: below the configuration folder; Snap: below home
+};
+
+constexpr std::array kVariants{
+    Variant{"google-chrome", Package::native, "google-chrome"},
+    Variant{"com.google.Chrome", Package::native, "google-chrome"},
+    Variant{"chromium", Package::native, "chromium"},
+    Variant{"chromium-browser", Package::native, "chromium"},
+    Variant{"google-chrome-beta", Package::native, "google-chrome-beta"},
+    Variant{"google-chrome-unstable", Package::native, "google-chrome-unstable"},
+    Variant{"com.google.Chrome", Package::flatpak, "google-chrome"},
+    Variant{"org.chromium.Chromium", Package::flatpak, "chromium"},
+    Variant{"chromium_chromium", Package::snap, "snap/chromium/common/chromium"},
+};
+
+std::vector<std::string_view> processNames(const Variant& variant) {
+    if (variant.folder.starts_with("google-chrome")) return {"chrome"};
+    return {"chromium", "chromium-browser", "chrome"};
+}
+
+std::optional<std::filesystem::path> fromSwitch(const std::vector<std::string>& command) {
+    constexpr std::string_view kSwitch = "--user-data-dir=";
+    for (const std::string& word : command) {
+        if (word.starts_with(kSwitch)) return word.substr(kSwitch.size());
+    }
+    return std::nullopt;
+}
+
+std::filesystem::path nativeFolder(std::string_view folder, const std::filesystem::path& home,
+                                   const Environment& environment) {
+    if (const std::string own = environment("CHROME_USER_DATA_DIR"); !own.empty()) return own;
+    for (const char* variable : {"CHROME_CONFIG_HOME", "XDG_CONFIG_HOME"}) {
+        if (const std::string base = environment(variable); !base.empty()) {
+            return std::filesystem::path(base) / folder;
+        }
+    }
+    return home / ".config" / folder;
+}
+
+std::filesystem::path userDataDirectory(const Variant& variant, const ChromeLocation& location,
+                                        const std::filesystem::path& home,
+                                        const Environment& environment) {
+    if (auto given = fromSwitch(location.command)) return *given;
+    switch (variant.package) {
+        case Package::native:
+            return nativeFolder(variant.folder, home, environment);
+        case Package::flatpak:
+            return home / ".var/app" / variant.id / "config" / variant.folder;
+        case Package::snap:
+            return home / variant.folder;
+    }
+    return {};
+}
+
+}  // namespace
+
+std::optional<ChromeLocation> locate(const DesktopEntries& entries,
+                                     const std::filesystem::path& home,
+                                     const Environment& environment) {
+    for (const Variant& variant : kVariants) {
+        const auto entry = entries.find(variant.id);
+        // The same id may be a package of the system or a Flatpak; only the entry tells.
+        if (!entry || entry->isFlatpak != (variant.package == Package::flatpak)) continue;
+        const auto program = entry->program();
+        if (!program) continue;
+        ChromeLocation location{.entry = entry->file,
+                                .executable = *program,
+                                .command = entry->command(),
+                                .userDataDirectory = {},
+                                .processNames = processNames(variant),
+                                .isContained = variant.package != Package::native};
+        location.userDataDirectory = userDataDirectory(variant, location, home, environment);
+        return location;
+    }
+    return std::nullopt;
+}
+
+}  // namespace ferrivane::ChromeLocator

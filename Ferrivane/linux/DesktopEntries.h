@@ -1,0 +1,57 @@
+// The desktop's installed applications: the ".desktop" files below the XDG data directories
+// (freedesktop.org, Desktop Entry Specification 1.5).
+//
+// A reader of our own for the few keys that we need: it is on the road of every link, where merely
+// loading the desktop's library would take as long as the rest of the road (docs/DECISIONS.md). A
+// test holds it against that library.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ferrivane {
+
+struct DesktopEntry {
+    std::string id;  // without ".desktop"
+    std::filesystem::path file;
+    std::string name;               // in the user's language
+    std::vector<std::string> exec;  // the Exec line's words, field codes included
+    bool isVisible = true;          // neither Hidden nor NoDisplay
+    bool isHidden = false;          // stands for an entry that was deleted
+    bool isFlatpak = false;
+
+    // The program that Exec starts, behind "env" and its assignments; absolute, found through PATH;
+    // absent when there is no such executable file.
+    std::optional<std::filesystem::path> program() const;
+    // The Exec line without field codes.
+    std::vector<std::string> command() const;
+};
+
+class DesktopEntries {
+  public:
+    // The folders to look in, the most important first.
+    explicit DesktopEntries(std::vector<std::filesystem::path> folders);
+    // Those of this session: $XDG_DATA_HOME and $XDG_DATA_DIRS or their defaults.
+    static DesktopEntries ofSession();
+
+    // The entry with this id (with or without ".desktop"). Of several the most important one
+    // counts, and if that is hidden there is none.
+    std::optional<DesktopEntry> find(std::string_view id) const;
+
+    // The entry that best stands for a program: one whose Exec starts this very file, else one
+    // whose Exec starts a file of the same name; visible ones first, then one with the program's
+    // name as its id, then the one with the fewest arguments.
+    std::optional<DesktopEntry> findByProgram(const std::filesystem::path& program) const;
+
+    // Reads one file; absent when it is no readable entry of an application.
+    static std::optional<DesktopEntry> read(const std::filesystem::path& file, std::string id);
+
+  private:
+    std::vector<std::filesystem::path> folders_;
+};
+
+}  // namespace ferrivane

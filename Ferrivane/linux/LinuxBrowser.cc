@@ -1,0 +1,140 @@
+#include "Ferrivane/linux/LinuxBrowser.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+
+#include <sys/stat.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/Spawn.h"
+#include "core/ChromeSingleton.h"
+#include "core/support/FileError.h"
+
+namespace ferrivane {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kStartInterval = 10ms;
+constexpr auto kStartLimit = 5s;
+
+using Completion = std::function<void(std::expected<pid_t, PlatformError>)>;
+
+// A started browser on its way to its first answer.
+struct Start {
+    Completion completion;
+    std::chrono::steady_clock::time_point end;
+
+    bool isOver() const { return !completion; }
+    void finish(std::expected<pid_t, PlatformError> outcome) {
+        if (!isOver()) std::exchange(completion, nullptr)(std::move(outcome));
+    }
+};
+
+PlatformError cannotStart(const std::string& program, int code) {
+    return {"cannot start " + program + ": " + systemErrorText(code)};
+}
+
+std::string hostName() {
+    utsname names{};
+    return ::uname(&names) == 0 ? names.nodename : "";
+}
+
+bool isOurs(pid_t process) {
+    struct stat info{};
+    return ::stat(("/proc/" + std::to_string(process)).c_str(), &info) == 0 &&
+           info.st_uid == ::getuid();
+}
+
+}  // namespace
+
+std::optional<pid_t> LinuxBrowser::running() const {
+    if (!location_) return std::nullopt;
+    const auto process = listener();
+    return process ? process : lockOwner();
+}
+
+bool LinuxBrowser::isRunning(pid_t process) const {
+    // The lock first: a connection to a browser that hangs would fill its queue.
+    return location_ && lockOwner() == process && listener() == process;
+}
+
+std::optional<pid_t> LinuxBrowser::listener() const {
+    const auto socket = ChromeSingleton::socketPath(location_->userDataDirectory);
+    if (!socket) return std::nullopt;
+    const auto process = ChromeSingleton::listener(*socket);
+    return process ? std::optional(*process) : std::nullopt;
+}
+
+std::optional<pid_t> LinuxBrowser::lockOwner() const {
+    std::error_code error;
+    const std::string lock =
+        std::filesystem::read_symlink(location_->userDataDirectory / "SingletonLock", error);
+    const std::size_t dash = lock.rfind('-');  // host names hold dashes too
+    if (error || dash == std::string::npos || lock.substr(0, dash) != hostName()) return {};
+    pid_t process = 0;
+    std::from_chars(lock.data() + dash + 1, lock.data() + lock.size(), process);
+    const auto status = process > 0 ? Processes::status(process) : std::nullopt;
+    if (!status || status->state == 'Z' || !isOurs(process)) return std::nullopt;
+    const auto executable = Processes::executable(process);
+    if (!executable || std::ranges::find(location_->processNames, executable->filename()) ==
+                           location_->processNames.end()) {
+        return std::nullopt;
+    }
+    return process;
+}
+
+void LinuxBrowser::launch(const std::filesystem::path&, const Arguments& arguments,
+                          Completion completion) {
+    if (!location_) {
+        return completion(std::unexpected(PlatformError{"Chrome has no desktop entry"}));
+    }
+    std::vector<std::string> command = location_->command;
+    command.insert(command.end(), arguments.switches.begin(), arguments.switches.end());
+    const auto process = spawnDetached(command, arguments.activationToken);
+    if (!process) return completion(std::unexpected(cannotStart(command.front(), process.error())));
+
+    auto start = std::make_shared<Start>(
+        Start{[this, done = std::move(completion)](const auto& outcome) {
+                  done(outcome);
+                  // After whatever the outcome has set off.
+                  if (outcome) loop_.after({}, [this, browser = *outcome] { started_(browser); });
+              },
+              loop_.now() + kStartLimit});
+    // A wrapper may hand over to a browser that it finds running and end well; any other early end
+    // means that nothing was opened.
+    loop_.watchChild(*process, [start, process = *process](int status) {
+        if (status == 0) return start->finish(process);
+        start->finish(std::unexpected(
+            PlatformError{"Chrome ended with status " + std::to_string(status) + " at its start"}));
+    });
+    const auto poll = [this, start, process = *process](const auto& again) -> void {
+        if (start->isOver()) return;
+        const auto browser = lockOwner();
+        const bool isReady = browser && listener() == browser;
+        if (isReady || loop_.now() >= start->end) {
+            loop_.forgetChild(process);
+            return start->finish(isReady ? *browser : process);
+        }
+        loop_.after(kStartInterval, [again] { again(again); });
+    };
+    poll(poll);
+}
+
+std::expected<pid_t, PlatformError> LinuxBrowser::startRelay(
+    const std::filesystem::path& executable, const Arguments& arguments,
+    std::function<void(int status)> completion) {
+    std::vector<std::string> command{executable.string()};
+    // From outside, a contained browser is reached only by its whole Exec line.
+    if (location_->isContained) command = location_->command;
+    command.insert(command.end(), arguments.switches.begin(), arguments.switches.end());
+    const auto process = spawnDetached(command, arguments.activationToken);
+    if (!process) return std::unexpected(cannotStart(command.front(), process.error()));
+    loop_.watchChild(*process, std::move(completion));
+    return *process;
+}
+
+}  // namespace ferrivane

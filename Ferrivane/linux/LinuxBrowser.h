@@ -1,0 +1,39 @@
+// The located Chrome as Linux lets us see and start it.
+#pragma once
+
+#include "Ferrivane/linux/ChromeLocation.h"
+#include "Ferrivane/linux/EventLoop.h"
+#include "Ferrivane/platform/Browser.h"
+
+namespace ferrivane {
+
+class LinuxBrowser : public Browser {
+  public:
+    // Called with the process of a browser that was started, once its outcome is known.
+    using Started = std::function<void(pid_t process)>;
+
+    // Without a location nothing runs and nothing can be launched. Both references outlive this.
+    LinuxBrowser(const std::optional<ChromeLocation>& location, EventLoop& loop, Started started)
+        : location_(location), loop_(loop), started_(std::move(started)) {}
+
+    // The listener of the singleton socket; else the process that SingletonLock names, if it is
+    // alive on this host, ours and the located browser.
+    std::optional<pid_t> running() const override;
+    bool isRunning(pid_t process) const override;
+    void launch(const std::filesystem::path& location, const Arguments& arguments,
+                std::function<void(std::expected<pid_t, PlatformError>)> completion) override;
+    std::expected<pid_t, PlatformError> startRelay(
+        const std::filesystem::path& executable, const Arguments& arguments,
+        std::function<void(int status)> completion) override;
+    void abandonRelay(pid_t process) override { loop_.forgetChild(process); }
+
+  private:
+    std::optional<pid_t> listener() const;
+    std::optional<pid_t> lockOwner() const;
+
+    const std::optional<ChromeLocation>& location_;
+    EventLoop& loop_;
+    const Started started_;
+};
+
+}  // namespace ferrivane

@@ -1,0 +1,46 @@
+#include "Ferrivane/linux/LinuxFrontmost.h"
+
+#include <cstdlib>
+
+#include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/Senders.h"
+
+namespace ferrivane {
+namespace {
+
+bool isSet(const char* variable) {
+    const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
+    return value != nullptr && value[0] != '\0';
+}
+
+// An X server that serves a Wayland session does not know which of its windows is in front.
+bool canTell() {
+    return isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY");
+}
+
+}  // namespace
+
+std::optional<Frontmost::Application> LinuxFrontmost::current() const {
+    DesktopServices* services = canTell() ? desktopServices() : nullptr;
+    const auto window = services != nullptr ? services->activeWindow() : std::nullopt;
+    if (!window) return std::nullopt;
+    Application application{window->process, window->applicationClass};
+    if (window->process) {
+        const auto opener = Senders::opener(
+            {.sender = *window->process, .controlGroup = {}, .startupId = {}}, entries_);
+        if (opener && opener->name) application.name = opener->name;
+    }
+    return application;
+}
+
+bool LinuxFrontmost::activate(pid_t process) {
+    DesktopServices* services = canTell() ? desktopServices() : nullptr;
+    return services != nullptr && services->activateTopmostWindow(process);
+}
+
+void LinuxFrontmost::open(const std::filesystem::path&,
+                          std::function<void(std::expected<void, PlatformError>)> completion) {
+    completion({});
+}
+
+}  // namespace ferrivane

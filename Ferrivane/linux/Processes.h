@@ -1,0 +1,36 @@
+// What /proc tells of other processes (proc(5)). Every function answers with nothing when the
+// process is gone or belongs to somebody else.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace ferrivane::Processes {
+
+struct Status {
+    std::string command;  // cut at 15 bytes by the kernel
+    char state = '?';     // 'Z' is a zombie
+    pid_t parent = 0;
+};
+
+std::optional<Status> status(pid_t process);
+
+// The running program's file. One that was replaced by an upgrade keeps its name here.
+std::optional<std::filesystem::path> executable(pid_t process);
+
+std::vector<std::string> arguments(pid_t process);
+std::optional<std::filesystem::path> workingDirectory(pid_t process);
+
+// A variable of the environment that the process was started with. Some programs overwrite it.
+std::optional<std::string> environmentVariable(pid_t process, std::string_view name);
+
+// The path of the process's control group in the unified hierarchy, e.g.
+// "/user.slice/…/app.slice/app-org.example.App-42.scope".
+std::optional<std::string> controlGroup(pid_t process);
+
+}  // namespace ferrivane::Processes

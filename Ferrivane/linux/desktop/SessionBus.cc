@@ -1,0 +1,78 @@
+#include "Ferrivane/linux/desktop/SessionBus.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <unistd.h>
+
+#include "Ferrivane/linux/desktop/GObjects.h"
+
+namespace ferrivane::SessionBus {
+namespace {
+
+constexpr int kTimeoutMilliseconds = 2000;
+
+std::string environment(const char* variable) {
+    const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
+    return value != nullptr ? value : "";
+}
+
+// GIO would start a bus of its own when it finds none.
+bool hasBus() {
+    if (!environment("DBUS_SESSION_BUS_ADDRESS").empty()) return true;
+    const std::string runtime = environment("XDG_RUNTIME_DIR");
+    std::error_code error;
+    return !runtime.empty() && std::filesystem::is_socket(runtime + "/bus", error);
+}
+
+GDBusConnection* connection() {
+    if (!hasBus()) return nullptr;
+    static const ObjectPointer<GDBusConnection> bus(
+        g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    return bus.get();
+}
+
+VariantPointer call(const char* destination, const char* path, const char* interface,
+                    const char* method, GVariant* arguments) {
+    GDBusConnection* bus = connection();
+    if (bus == nullptr) {
+        g_variant_unref(g_variant_ref_sink(arguments));
+        return nullptr;
+    }
+    return VariantPointer(g_dbus_connection_call_sync(
+        bus, destination, path, interface, method, arguments, nullptr,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, kTimeoutMilliseconds, nullptr, nullptr));
+}
+
+}  // namespace
+
+std::optional<pid_t> nameOwner(std::string_view name) {
+    const VariantPointer reply =
+        call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+             "GetConnectionUnixProcessID", g_variant_new("(s)", std::string(name).c_str()));
+    if (!reply) return std::nullopt;
+    guint32 process = 0;
+    g_variant_get(reply.get(), "(u)", &process);
+    return static_cast<pid_t>(process);
+}
+
+void moveToOwnScope(pid_t process) {
+    std::error_code error;
+    const std::string runtime = environment("XDG_RUNTIME_DIR");
+    if (runtime.empty() || !std::filesystem::exists(runtime + "/systemd/private", error)) return;
+
+    const std::string unit = "app-ferrivane-chrome-" + std::to_string(process) + ".scope";
+    GVariantBuilder properties;
+    g_variant_builder_init(&properties, G_VARIANT_TYPE("a(sv)"));
+    const guint32 pids[] = {static_cast<guint32>(process)};
+    g_variant_builder_add(
+        &properties, "(sv)", "PIDs",
+        g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, pids, 1, sizeof pids[0]));
+    g_variant_builder_add(&properties, "(sv)", "Slice", g_variant_new_string("app.slice"));
+    call("org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+         "org.freedesktop.systemd1.Manager", "StartTransientUnit",
+         g_variant_new("(ssa(sv)a(sa(sv)))", unit.c_str(), "fail", &properties, nullptr));
+}
+
+}  // namespace ferrivane::SessionBus

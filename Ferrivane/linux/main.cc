@@ -1,0 +1,65 @@
+#include <cstdlib>
+#include <iostream>
+
+#include <unistd.h>
+
+#include "Ferrivane/Run.h"
+#include "Ferrivane/TerminalDialogs.h"
+#include "Ferrivane/linux/ChromeLocation.h"
+#include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/DetachedCaller.h"
+#include "Ferrivane/linux/EventLoop.h"
+#include "Ferrivane/linux/LaunchLockFile.h"
+#include "Ferrivane/linux/LinuxApplications.h"
+#include "Ferrivane/linux/LinuxBrowser.h"
+#include "Ferrivane/linux/LinuxFrontmost.h"
+#include "core/port/Paths.h"
+
+namespace {
+
+std::string environment(const char* variable) {
+    const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
+    return value != nullptr ? value : "";
+}
+
+// Taken out of the environment, so that no other program can use it up.
+std::optional<std::string> takeActivationToken() {
+    const std::string token = environment("XDG_ACTIVATION_TOKEN");
+    ::unsetenv("XDG_ACTIVATION_TOKEN");  // NOLINT(concurrency-mt-unsafe)
+    return token.empty() ? std::nullopt : std::optional(token);
+}
+
+void moveToOwnScope(pid_t process) {
+    if (ferrivane::DesktopServices* services = ferrivane::desktopServices()) {
+        services->moveToOwnScope(process);
+    }
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    using namespace ferrivane;
+
+    const auto entries = DesktopEntries::ofSession();
+    const auto chrome = ChromeLocator::locate(entries, Paths::home(), environment);
+    if (chrome) Paths::setChromeUserDataDirectory(chrome->userDataDirectory);
+
+    EventLoop mainLoop;
+    LinuxApplications applications(entries, chrome);
+    LinuxBrowser browser(chrome, mainLoop, moveToOwnScope);
+    LinuxFrontmost frontmost(entries);
+    LaunchLockFile launchLock(LaunchLockFile::defaultPath());
+    TerminalDialogs dialogs(std::cerr, ::isatty(STDERR_FILENO) != 0);
+    DetachedCaller caller(entries);
+
+    return run({values + (count > 0 ? 1 : 0), values + count},
+               Platform{.desktop = Desktop::freedesktop,
+                        .mainLoop = mainLoop,
+                        .applications = applications,
+                        .browser = browser,
+                        .frontmost = frontmost,
+                        .launchLock = launchLock,
+                        .dialogs = dialogs,
+                        .caller = caller,
+                        .activationToken = takeActivationToken()});
+}

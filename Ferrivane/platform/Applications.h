@@ -1,0 +1,37 @@
+// The desktop's registry of applications. Main thread only.
+//
+// An application is named by its bundle identifier (on Linux the desktop entry's id without
+// ".desktop") and found by its location (the bundle; on Linux the desktop entry's file).
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace ferrivane {
+
+class Applications {
+  public:
+    // What the running program's own bundle says of itself.
+    struct Bundle {
+        std::optional<std::string> identifier;  // absent for a bare executable
+        std::optional<std::string> version;
+    };
+
+    virtual ~Applications() = default;
+
+    // Chrome's identifier stands for whichever browser of its family was located.
+    virtual std::optional<std::filesystem::path> location(std::string_view bundleId) const = 0;
+    virtual std::optional<std::filesystem::path> executable(
+        const std::filesystem::path& application) const = 0;
+    // The application that opens links of a scheme.
+    virtual std::optional<std::filesystem::path> handler(std::string_view scheme) const = 0;
+    virtual std::vector<pid_t> running(std::string_view bundleId) const = 0;
+    virtual Bundle ownBundle() const = 0;
+};
+
+}  // namespace ferrivane

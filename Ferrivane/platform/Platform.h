@@ -1,0 +1,32 @@
+// Everything the application asks of a desktop. A shell fills it with its adapters; tests fill it
+// with fakes. The referenced ports outlive whoever holds this.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Ferrivane/platform/Applications.h"
+#include "Ferrivane/platform/Browser.h"
+#include "Ferrivane/platform/Caller.h"
+#include "Ferrivane/platform/Dialogs.h"
+#include "Ferrivane/platform/Frontmost.h"
+#include "Ferrivane/platform/LaunchLock.h"
+#include "Ferrivane/platform/MainLoop.h"
+
+namespace ferrivane {
+
+enum class Desktop { macOS, freedesktop };
+
+struct Platform {
+    Desktop desktop;  // chooses the wording of the few texts that name the desktop
+    MainLoop& mainLoop;
+    Applications& applications;
+    Browser& browser;
+    Frontmost& frontmost;
+    LaunchLock& launchLock;
+    Dialogs& dialogs;
+    Caller& caller;
+    std::optional<std::string> activationToken;  // came with the links that started the process
+};
+
+}  // namespace ferrivane
