@@ -84,22 +84,22 @@ ssize_t uninterrupted(std::chrono::seconds limit, Call call) {
 
 struct Peer {
     pid_t pid = 0;
-    uid_t uid = 0;
+    uid_t uid = static_cast<uid_t>(-1);  // nobody
 };
 
 Peer peerOf(int fd) {
     Peer peer;
-#ifdef SO_PEERCRED
+#ifdef LOCAL_PEERPID
+    gid_t group = 0;
+    ::getpeereid(fd, &peer.uid, &group);
+    socklen_t size = sizeof peer.pid;
+    ::getsockopt(fd, SOL_LOCAL, LOCAL_PEERPID, &peer.pid, &size);
+#else
     ucred credentials{};
     socklen_t size = sizeof credentials;
     if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &credentials, &size) == 0) {
         peer = {credentials.pid, credentials.uid};
     }
-#else
-    gid_t group = 0;
-    ::getpeereid(fd, &peer.uid, &group);
-    socklen_t size = sizeof peer.pid;
-    ::getsockopt(fd, SOL_LOCAL, LOCAL_PEERPID, &peer.pid, &size);
 #endif
     return peer;
 }

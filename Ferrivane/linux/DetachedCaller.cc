@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 namespace ferrivane {
@@ -18,6 +19,8 @@ void DetachedCaller::detach() {
     if (child < 0) return;
     if (child == 0) {
         ::setsid();
+        // A caller that stopped reading our output must not end the work.
+        ::signal(SIGPIPE, SIG_IGN);
         report_ = std::move(writing);
         return;
     }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <string_view>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -79,14 +80,14 @@ std::optional<std::filesystem::path> workingDirectory(pid_t process) {
     return linkTarget(entry(process, "cwd"));
 }
 
-std::optional<std::string> environmentVariable(pid_t process, std::string_view name) {
+std::map<std::string, std::string, std::less<>> environment(pid_t process) {
+    std::map<std::string, std::string, std::less<>> variables;
     for (const std::string& variable : splitAtNul(contents(entry(process, "environ")))) {
-        if (variable.size() > name.size() && variable.starts_with(name) &&
-            variable[name.size()] == '=') {
-            return variable.substr(name.size() + 1);
-        }
+        const std::size_t equals = variable.find('=');
+        if (equals == std::string::npos) continue;
+        variables.emplace(variable.substr(0, equals), variable.substr(equals + 1));
     }
-    return std::nullopt;
+    return variables;
 }
 
 std::optional<std::string> controlGroup(pid_t process) {

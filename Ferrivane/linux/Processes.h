@@ -3,9 +3,10 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <sys/types.h>
@@ -26,8 +27,8 @@ std::optional<std::filesystem::path> executable(pid_t process);
 std::vector<std::string> arguments(pid_t process);
 std::optional<std::filesystem::path> workingDirectory(pid_t process);
 
-// A variable of the environment that the process was started with. Some programs overwrite it.
-std::optional<std::string> environmentVariable(pid_t process, std::string_view name);
+// The environment that the process was started with. Some programs overwrite it with their title.
+std::map<std::string, std::string, std::less<>> environment(pid_t process);
 
 // The path of the process's control group in the unified hierarchy, e.g.
 // "/user.slice/…/app.slice/app-org.example.App-42.scope".

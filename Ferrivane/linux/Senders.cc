@@ -122,22 +122,25 @@ std::optional<Opener> fromProgram(pid_t process, const Program& program,
             return openerOf(*entry, program.standsFor);
         }
     }
+    const auto environment = Processes::environment(process);
+    const auto variable = [&](const char* name) {
+        const auto found = environment.find(name);
+        return found == environment.end() ? std::string() : found->second;
+    };
     // The one who started it said which entry it is, for this very process.
-    const auto launchedAs = Processes::environmentVariable(process, "GIO_LAUNCHED_DESKTOP_FILE");
-    if (launchedAs && Processes::environmentVariable(process, "GIO_LAUNCHED_DESKTOP_FILE_PID") ==
-                          std::to_string(process)) {
-        const std::filesystem::path file = *launchedAs;
-        if (const auto entry = DesktopEntries::read(file, file.stem().string())) {
+    const std::filesystem::path launchedAs = variable("GIO_LAUNCHED_DESKTOP_FILE");
+    if (variable("GIO_LAUNCHED_DESKTOP_FILE_PID") == std::to_string(process)) {
+        if (const auto entry = DesktopEntries::read(launchedAs, launchedAs.stem().string())) {
             return openerOf(*entry, program.file);
         }
     }
     // A single-file application is mounted somewhere else each time; the file is what it is known
     // by.
-    const auto image = Processes::environmentVariable(process, "APPIMAGE");
-    const auto mount = Processes::environmentVariable(process, "APPDIR");
-    if (image && mount && program.file.string().starts_with(*mount + "/")) {
-        const auto entry = entries.findByProgram(*image);
-        return entry ? openerOf(*entry, *image) : Opener{std::nullopt, std::nullopt, *image};
+    const std::filesystem::path image = variable("APPIMAGE");
+    const std::string mount = variable("APPDIR");
+    if (!image.empty() && !mount.empty() && program.file.string().starts_with(mount + "/")) {
+        const auto entry = entries.findByProgram(image);
+        return entry ? openerOf(*entry, image) : Opener{std::nullopt, std::nullopt, image.string()};
     }
     return std::nullopt;
 }
