@@ -101,6 +101,10 @@ std::expected<std::vector<ChromeProfile>, LoadError> load(const std::filesystem:
     for (const auto [directory, entry] : *cache) {
         if (entry.is_object()) {
             profiles.push_back(profileFrom(directory, entry.get_object().value_unsafe()));
+        } else {
+            std::erase_if(profiles, [name = directory](const ChromeProfile& p) {
+                return p.directory == name;
+            });
         }
     }
     order(profiles);

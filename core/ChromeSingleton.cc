@@ -1,5 +1,6 @@
 #include "core/ChromeSingleton.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -78,7 +79,8 @@ ssize_t uninterrupted(std::chrono::seconds limit, Call call) {
     for (;;) {
         const ssize_t result = call();
         if (result >= 0 || errno != EINTR) return result;
-        if (limit.count() > 0 && Clock::now() - start >= limit) return result;
+        const auto elapsed = std::chrono::floor<std::chrono::seconds>(Clock::now() - start);
+        if (limit.count() > 0 && elapsed >= limit) return result;
     }
 }
 
@@ -122,7 +124,8 @@ std::expected<FileDescriptor, SingletonError> connectTo(const std::string& socke
 #endif
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
     timeval limit{};
-    limit.tv_sec = static_cast<decltype(limit.tv_sec)>(timeout.count());
+    // Systems disagree about negative times.
+    limit.tv_sec = static_cast<decltype(limit.tv_sec)>(std::max<std::int64_t>(0, timeout.count()));
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
     ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
 

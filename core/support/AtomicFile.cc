@@ -25,23 +25,31 @@ std::string temporaryPrefix(const std::filesystem::path& target) {
     return "." + target.filename().string() + ".";
 }
 
-// The pid in a temporary file's name, or 0 when the name is not of that form.
-pid_t writerOf(std::string_view name, std::string_view prefix) {
-    if (!name.starts_with(prefix) || !name.ends_with(kSuffix)) return 0;
-    name.remove_prefix(prefix.size());
+std::atomic<unsigned> lastNumber = 0;  // of this process's temporary files
+
+bool isLeftover(std::string_view name, std::string_view prefix) {
+    if (!name.starts_with(prefix) || !name.ends_with(kSuffix)) return false;
+    const char* const end = name.data() + name.size() - kSuffix.size();
     pid_t pid = 0;
-    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), pid);
-    if (error != std::errc() || end == name.data() + name.size() || *end != '-') return 0;
-    return pid;
+    const auto [dash, error] = std::from_chars(name.data() + prefix.size(), end, pid);
+    if (error != std::errc() || dash == end || *dash != '-' || pid <= 0) return false;
+    if (pid != ::getpid()) return ::kill(pid, 0) != 0 && errno == ESRCH;
+    // An earlier process had our pid, as is usual in a container, unless we used this number.
+    unsigned number = 0;
+    const auto [last, numberError] = std::from_chars(dash + 1, end, number);
+    return numberError == std::errc() && last == end && number > lastNumber;
+}
+
+std::filesystem::path folderOf(const std::filesystem::path& target) {
+    return target.has_parent_path() ? target.parent_path() : ".";
 }
 
 void removeLeftovers(const std::filesystem::path& target) {
-    DIR* directory = ::opendir(target.parent_path().c_str());
+    DIR* directory = ::opendir(folderOf(target).c_str());
     if (directory == nullptr) return;
     const std::string prefix = temporaryPrefix(target);
     while (const dirent* entry = ::readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
-        const pid_t writer = writerOf(entry->d_name, prefix);
-        if (writer > 0 && ::kill(writer, 0) != 0 && errno == ESRCH) {
+        if (isLeftover(entry->d_name, prefix)) {
             ::unlinkat(::dirfd(directory), entry->d_name, 0);
         }
     }
@@ -54,7 +62,12 @@ std::expected<std::filesystem::path, FileError> resolveLinks(std::filesystem::pa
     for (int i = 0; i < kMostLinks; ++i) {
         std::error_code error;
         const std::filesystem::path target = std::filesystem::read_symlink(path, error);
-        if (error) return path;
+        const bool isNoLink = error == std::errc::invalid_argument ||
+                              error == std::errc::no_such_file_or_directory ||
+                              error == std::errc::not_a_directory;
+        if (isNoLink) return path;
+        // Not knowing, we would replace a link by a file.
+        if (error) return std::unexpected(FileError{open, path, error.value()});
         path = target.is_absolute() ? target : path.parent_path() / target;
     }
     return std::unexpected(FileError{open, path, ELOOP});
@@ -72,7 +85,9 @@ int writeAll(int fd, std::string_view bytes) {
 
 int fill(FileDescriptor file, const std::filesystem::path& target, std::string_view bytes) {
     struct stat old{};
-    if (::stat(target.c_str(), &old) == 0 && ::fchmod(file.get(), old.st_mode & 07777) != 0) {
+    if (::stat(target.c_str(), &old) == 0) {
+        if (::fchmod(file.get(), old.st_mode & 07777) != 0) return errno;
+    } else if (errno != ENOENT) {
         return errno;
     }
     if (const int code = writeAll(file.get(), bytes); code != 0) return code;
@@ -101,9 +116,8 @@ Result write(const std::filesystem::path& path, std::string_view bytes) {
     if (auto folder = createFolders(target->parent_path()); !folder) return folder;
     removeLeftovers(*target);
 
-    static std::atomic<unsigned> counter = 0;
     const std::string name = temporaryPrefix(*target) + std::to_string(::getpid()) + "-" +
-                             std::to_string(++counter) + std::string(kSuffix);
+                             std::to_string(++lastNumber) + std::string(kSuffix);
     const std::filesystem::path temporary = target->parent_path() / name;
     FileDescriptor file(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
@@ -121,7 +135,7 @@ Result write(const std::filesystem::path& path, std::string_view bytes) {
     // The new contents are in place; whether the folder's entry is on the disk yet is not a failure
     // of the save.
     const FileDescriptor directory(
-        ::open(target->parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        ::open(folderOf(*target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory) ::fsync(directory.get());
     return {};
 }

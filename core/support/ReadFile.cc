@@ -20,6 +20,7 @@ std::expected<std::string, FileError> readFile(const std::filesystem::path& path
     if (::fstat(file.get(), &info) != 0) return failed(read, errno);
     if (S_ISDIR(info.st_mode)) return failed(read, EISDIR);
     if (!S_ISREG(info.st_mode)) return failed(read, EINVAL);
+    if (info.st_size > static_cast<off_t>(kLargestReadableFile)) return failed(read, EFBIG);
 
     std::string text;
     std::size_t length = 0;

@@ -1,0 +1,204 @@
+#include "tests/support/FakePlatform.h"
+
+#include <algorithm>
+
+namespace ferrivane::test {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+
+std::string shown(const Browser::Arguments& arguments) {
+    std::string text;
+    for (const std::string& argument : arguments.switches) text += " [" + argument + "]";
+    if (arguments.activationToken) text += " token=" + *arguments.activationToken;
+    return text;
+}
+
+}  // namespace
+
+std::vector<std::string> CallList::texts() const {
+    std::vector<std::string> result;
+    for (const auto& [time, text] : calls_) result.push_back(text);
+    return result;
+}
+
+std::vector<std::string> CallList::timedTexts() const {
+    std::vector<std::string> result;
+    for (const auto& [time, text] : calls_) {
+        result.push_back(std::to_string(duration_cast<milliseconds>(time).count()) +
+                         " ms: " + text);
+    }
+    return result;
+}
+
+std::vector<std::string> CallList::of(const std::vector<std::string>& beginnings) const {
+    std::vector<std::string> result = texts();
+    std::erase_if(result, [&](const std::string& text) {
+        return std::ranges::none_of(
+            beginnings, [&](const std::string& beginning) { return text.starts_with(beginning); });
+    });
+    return result;
+}
+
+std::size_t CallList::count(std::string_view beginning) const {
+    return of({std::string(beginning)}).size();
+}
+
+std::chrono::steady_clock::time_point FakeMainLoop::now() const {
+    return std::chrono::steady_clock::time_point(std::chrono::hours(1000)) + calls_.now_;
+}
+
+void FakeMainLoop::afterExactly(Duration delay, std::function<void()> work) {
+    timers_.emplace(std::pair(calls_.now_ + delay, ++sequence_), std::move(work));
+}
+
+void FakeMainLoop::runNext() {
+    const auto timer = timers_.extract(timers_.begin());
+    calls_.now_ = std::max(calls_.now_, timer.key().first);
+    timer.mapped()();
+}
+
+void FakeMainLoop::runUntilIdle() {
+    while (!timers_.empty()) runNext();
+}
+
+void FakeMainLoop::advance(Duration time) {
+    const Duration end = calls_.now_ + time;
+    while (!timers_.empty() && timers_.begin()->first.first <= end) runNext();
+    calls_.now_ = end;
+}
+
+std::optional<std::filesystem::path> FakeApplications::location(std::string_view bundleId) const {
+    calls_.add("applications.location " + std::string(bundleId));
+    const auto found = locations.find(bundleId);
+    return found == locations.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<std::filesystem::path> FakeApplications::executable(
+    const std::filesystem::path& application) const {
+    calls_.add("applications.executable " + application.string());
+    const auto found = executables.find(application);
+    return found == executables.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<std::filesystem::path> FakeApplications::handler(std::string_view scheme) const {
+    calls_.add("applications.handler " + std::string(scheme));
+    const auto found = handlers.find(scheme);
+    return found == handlers.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<pid_t> FakeApplications::running(std::string_view bundleId) const {
+    calls_.add("applications.running " + std::string(bundleId));
+    const auto found = processes.find(bundleId);
+    return found == processes.end() ? std::vector<pid_t>() : found->second;
+}
+
+Applications::Bundle FakeApplications::ownBundle() const {
+    calls_.add("applications.ownBundle");
+    return bundle;
+}
+
+std::optional<pid_t> FakeBrowser::running() const {
+    calls_.add("browser.running");
+    return process;
+}
+
+bool FakeBrowser::isRunning(pid_t asked) const {
+    calls_.add("browser.isRunning " + std::to_string(asked));
+    return answeringAsChrome.contains(asked);
+}
+
+void FakeBrowser::launch(const std::filesystem::path& location, const Arguments& arguments,
+                         std::function<void(std::expected<pid_t, PlatformError>)> completion) {
+    calls_.add("browser.launch " + location.string() + shown(arguments));
+    given = arguments;
+    if (launchTakes == FakeMainLoop::Duration()) return completion(launched);
+    loop_.afterExactly(launchTakes, [this, done = std::move(completion)] { done(launched); });
+}
+
+std::expected<pid_t, PlatformError> FakeBrowser::startRelay(
+    const std::filesystem::path& executable, const Arguments& arguments,
+    std::function<void(int status)> completion) {
+    calls_.add("browser.startRelay " + executable.string() + shown(arguments));
+    given = arguments;
+    if (relay && relayTakes) {
+        awaited_.insert(*relay);
+        loop_.afterExactly(*relayTakes, [this, started = *relay, done = std::move(completion)] {
+            if (awaited_.erase(started) > 0) done(relayStatus);
+        });
+    }
+    return relay;
+}
+
+void FakeBrowser::abandonRelay(pid_t relayProcess) {
+    calls_.add("browser.abandonRelay " + std::to_string(relayProcess));
+    awaited_.erase(relayProcess);
+}
+
+std::optional<Frontmost::Application> FakeFrontmost::current() const {
+    calls_.add("frontmost.current");
+    return front;
+}
+
+bool FakeFrontmost::activateHandedOver(pid_t process) {
+    calls_.add("frontmost.activateHandedOver " + std::to_string(process));
+    return handsOver;
+}
+
+bool FakeFrontmost::activate(pid_t process) {
+    calls_.add("frontmost.activate " + std::to_string(process));
+    return activates;
+}
+
+void FakeFrontmost::open(const std::filesystem::path& location,
+                         std::function<void(std::expected<void, PlatformError>)> completion) {
+    calls_.add("frontmost.open " + location.string());
+    if (openTakes == FakeMainLoop::Duration()) return completion(opened);
+    loop_.afterExactly(openTakes, [this, done = std::move(completion)] { done(opened); });
+}
+
+bool FakeLaunchLock::tryAcquire() {
+    calls_.add("launchLock.tryAcquire");
+    if (held || heldElsewhere) return false;
+    held = true;
+    return true;
+}
+
+void FakeLaunchLock::release() {
+    calls_.add(held ? "launchLock.release" : "launchLock.release of a lock that is not held");
+    held = false;
+}
+
+void FakeDialogs::showLaunchFailure(const LaunchFailureAlert& alert) {
+    calls_.add("dialogs.showLaunchFailure " + alert.reason);
+    alerts.push_back(alert);
+}
+
+void FakeCaller::detach() {
+    calls_.add("caller.detach");
+}
+
+void FakeCaller::release(int status) {
+    calls_.add("caller.release " + std::to_string(status));
+    if (whenReleased) whenReleased();
+}
+
+std::optional<Opener> FakeCaller::opener() const {
+    calls_.add("caller.opener");
+    return application;
+}
+
+Platform FakePlatform::platform() {
+    return {.desktop = desktop,
+            .mainLoop = mainLoop,
+            .applications = applications,
+            .browser = browser,
+            .frontmost = frontmost,
+            .launchLock = launchLock,
+            .dialogs = dialogs,
+            .caller = caller,
+            .activationToken = activationToken};
+}
+
+}  // namespace ferrivane::test

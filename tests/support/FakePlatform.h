@@ -1,0 +1,213 @@
+// A desktop that exists in memory only: implements every port of the application, behaves as the
+// test tells it, and writes down every call in order. Its clock moves only when the test moves it.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Ferrivane/platform/Platform.h"
+
+namespace ferrivane::test {
+
+// The calls of all ports, each as "port.operation arguments" with the time at which it came.
+class CallList {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    void add(std::string text) { calls_.emplace_back(now_, std::move(text)); }
+
+    std::vector<std::string> texts() const;
+    // "400 ms: port.operation arguments"
+    std::vector<std::string> timedTexts() const;
+    // Those that begin with one of these texts.
+    std::vector<std::string> of(const std::vector<std::string>& beginnings) const;
+    std::size_t count(std::string_view beginning) const;
+    bool empty() const { return calls_.empty(); }
+    void clear() { calls_.clear(); }
+
+  private:
+    friend class FakeMainLoop;
+    Clock::duration now_{};  // since the start of the test
+    std::vector<std::pair<Clock::duration, std::string>> calls_;
+};
+
+// Its own calls are not written down: what they set off is.
+class FakeMainLoop : public MainLoop {
+  public:
+    using Duration = CallList::Clock::duration;
+
+    explicit FakeMainLoop(CallList& calls) : calls_(calls) {}
+
+    std::chrono::steady_clock::time_point now() const override;
+    void after(std::chrono::milliseconds delay, std::function<void()> work) override {
+        afterExactly(delay, std::move(work));
+    }
+    void runUntilIdle() override;
+
+    // For the test: finer than a millisecond.
+    void afterExactly(Duration delay, std::function<void()> work);
+    // Lets this much time pass; what falls due on the way is done at its time.
+    void advance(Duration time);
+    Duration elapsed() const { return calls_.now_; }
+    bool isIdle() const { return timers_.empty(); }
+
+  private:
+    void runNext();
+
+    CallList& calls_;
+    std::map<std::pair<Duration, std::uint64_t>, std::function<void()>> timers_;
+    std::uint64_t sequence_ = 0;
+};
+
+class FakeApplications : public Applications {
+  public:
+    explicit FakeApplications(CallList& calls) : calls_(calls) {}
+
+    std::map<std::string, std::filesystem::path, std::less<>> locations{
+        {"com.google.Chrome", "/apps/google-chrome.desktop"}};
+    std::map<std::filesystem::path, std::filesystem::path> executables{
+        {"/apps/google-chrome.desktop", "/opt/chrome/chrome"}};
+    std::map<std::string, std::filesystem::path, std::less<>> handlers;  // by scheme
+    std::map<std::string, std::vector<pid_t>, std::less<>> processes;    // by bundle identifier
+    Bundle bundle;
+
+    std::optional<std::filesystem::path> location(std::string_view bundleId) const override;
+    std::optional<std::filesystem::path> executable(
+        const std::filesystem::path& application) const override;
+    std::optional<std::filesystem::path> handler(std::string_view scheme) const override;
+    std::vector<pid_t> running(std::string_view bundleId) const override;
+    Bundle ownBundle() const override;
+
+  private:
+    CallList& calls_;
+};
+
+class FakeBrowser : public Browser {
+  public:
+    FakeBrowser(CallList& calls, FakeMainLoop& loop) : calls_(calls), loop_(loop) {}
+
+    std::optional<pid_t> process;       // running()
+    std::set<pid_t> answeringAsChrome;  // isRunning()
+
+    std::expected<pid_t, PlatformError> launched = 500;
+    FakeMainLoop::Duration launchTakes{};  // none: the completion is called before launch returns
+
+    std::expected<pid_t, PlatformError> relay = 600;
+    std::optional<FakeMainLoop::Duration> relayTakes =
+        std::chrono::milliseconds(50);  // absent: never ends
+    int relayStatus = 0;
+
+    // What the last start was given.
+    std::optional<Arguments> given;
+
+    std::optional<pid_t> running() const override;
+    bool isRunning(pid_t asked) const override;
+    void launch(const std::filesystem::path& location, const Arguments& arguments,
+                std::function<void(std::expected<pid_t, PlatformError>)> completion) override;
+    std::expected<pid_t, PlatformError> startRelay(
+        const std::filesystem::path& executable, const Arguments& arguments,
+        std::function<void(int status)> completion) override;
+    void abandonRelay(pid_t relayProcess) override;
+
+  private:
+    CallList& calls_;
+    FakeMainLoop& loop_;
+    std::set<pid_t> awaited_;  // relays
+};
+
+class FakeFrontmost : public Frontmost {
+  public:
+    FakeFrontmost(CallList& calls, FakeMainLoop& loop) : calls_(calls), loop_(loop) {}
+
+    std::optional<Application> front;
+    bool handsOver = false;
+    bool activates = true;
+    std::expected<void, PlatformError> opened;
+    FakeMainLoop::Duration openTakes{};
+
+    std::optional<Application> current() const override;
+    bool activateHandedOver(pid_t process) override;
+    bool activate(pid_t process) override;
+    void open(const std::filesystem::path& location,
+              std::function<void(std::expected<void, PlatformError>)> completion) override;
+
+  private:
+    CallList& calls_;
+    FakeMainLoop& loop_;
+};
+
+class FakeLaunchLock : public LaunchLock {
+  public:
+    explicit FakeLaunchLock(CallList& calls) : calls_(calls) {}
+
+    bool heldElsewhere = false;
+    bool held = false;
+
+    bool tryAcquire() override;
+    void release() override;
+
+  private:
+    CallList& calls_;
+};
+
+class FakeDialogs : public Dialogs {
+  public:
+    explicit FakeDialogs(CallList& calls) : calls_(calls) {}
+
+    std::vector<LaunchFailureAlert> alerts;
+
+    void showLaunchFailure(const LaunchFailureAlert& alert) override;
+
+  private:
+    CallList& calls_;
+};
+
+class FakeCaller : public Caller {
+  public:
+    explicit FakeCaller(CallList& calls) : calls_(calls) {}
+
+    std::optional<Opener> application;
+    // Called at the moment of release, when somebody outside would look.
+    std::function<void()> whenReleased;
+
+    void detach() override;
+    void release(int status) override;
+    std::optional<Opener> opener() const override;
+
+  private:
+    CallList& calls_;
+};
+
+class FakePlatform {
+  public:
+    FakePlatform() = default;
+    FakePlatform(const FakePlatform&) = delete;
+    FakePlatform& operator=(const FakePlatform&) = delete;
+
+    // The application's view, with whatever token is set now.
+    Platform platform();
+
+    Desktop desktop = Desktop::freedesktop;
+    std::optional<std::string> activationToken;
+
+    CallList calls;
+    FakeMainLoop mainLoop{calls};
+    FakeApplications applications{calls};
+    FakeBrowser browser{calls, mainLoop};
+    FakeFrontmost frontmost{calls, mainLoop};
+    FakeLaunchLock launchLock{calls};
+    FakeDialogs dialogs{calls};
+    FakeCaller caller{calls};
+};
+
+}  // namespace ferrivane::test
