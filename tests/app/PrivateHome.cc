@@ -1,0 +1,40 @@
+#include "tests/app/PrivateHome.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include "tests/support/TempDir.h"
+
+namespace ferrivane::test {
+namespace {
+
+std::unique_ptr<TempDir> home;
+
+class PrivateHome : public ::testing::Environment {
+  public:
+    void SetUp() override {
+        home = std::make_unique<TempDir>();
+        for (const char* variable : {"XDG_DATA_HOME", "XDG_RUNTIME_DIR", "APP_SANDBOX_CONTAINER_ID",
+                                     "CHROME_USER_DATA_DIR", "CHROME_CONFIG_HOME"}) {
+            ::unsetenv(variable);
+        }
+        ::setenv("HOME", home->path().c_str(), 1);
+        ::setenv("XDG_CONFIG_HOME", (*home / "config").c_str(), 1);
+        ::setenv("XDG_STATE_HOME", (*home / "state").c_str(), 1);
+    }
+    void TearDown() override { home.reset(); }
+};
+
+// The framework owns it.
+const ::testing::Environment* const registered =
+    ::testing::AddGlobalTestEnvironment(new PrivateHome);
+
+}  // namespace
+
+std::filesystem::path privateHome() {
+    return home->path();
+}
+
+}  // namespace ferrivane::test

@@ -1,0 +1,12 @@
+// The folders of the person who runs the tests are out of reach: before the first test the process
+// gets a home of its own, removed after the last one.
+#pragma once
+
+#include <filesystem>
+
+namespace ferrivane::test {
+
+// Holds "config" and "state", which the environment names to everything that asks for folders.
+std::filesystem::path privateHome();
+
+}  // namespace ferrivane::test

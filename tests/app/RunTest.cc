@@ -1,0 +1,108 @@
+// The process entry. Each case runs in a process of its own, because it changes folder and streams.
+#include <iostream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include "Ferrivane/Run.h"
+#include "core/Log.h"
+#include "tests/app/PrivateHome.h"
+#include "tests/support/Child.h"
+#include "tests/support/FakePlatform.h"
+#include "tests/support/Files.h"
+#include "tests/support/TempDir.h"
+
+namespace ferrivane {
+namespace {
+
+constexpr const char* kNoAgent =
+    "Ferrivane: this build opens the links it is started with; it has no agent and no settings "
+    "window yet. See Ferrivane --help\n";
+
+// Everything that can be seen of a run from outside: each call that matters, the working folder,
+// both streams, the status.
+std::string seen(const std::vector<std::string>& arguments) {
+    return test::inChild([&] {
+        test::FakePlatform fake;
+        std::ostringstream out;
+        std::ostringstream err;
+        std::cout.rdbuf(out.rdbuf());
+        std::cerr.rdbuf(err.rdbuf());
+        const int status = run(arguments, fake.platform());
+        std::string text;
+        for (const std::string& call : fake.calls.of({"caller.", "browser.launch"})) {
+            text += call + "\n";
+        }
+        const std::string folder = std::filesystem::current_path();
+        return text + "folder: " + (folder == "/" ? folder : "unchanged") +
+               "\nout: " + out.str().substr(0, out.str().find('\n')) + "\nerr: " + err.str() +
+               "\nstatus: " + std::to_string(status);
+    });
+}
+
+TEST(Run, LinksAreOpenedFromTheRootFolderBySomebodyDetached) {
+    EXPECT_EQ(seen({"https://a/"}),
+              "caller.detach\n"
+              "caller.opener\n"
+              "browser.launch /apps/google-chrome.desktop [--profile-directory=Default] "
+              "[https://a/]\n"
+              "caller.release 0\n"
+              "folder: /\nout: \nerr: \nstatus: 0");
+}
+
+TEST(Run, LinkBesideAnOptionIsOpenedAllTheSame) {
+    for (const char* option : {"--agent", "-x", "--no-such-option", ""}) {
+        const std::string before = seen({option, "https://a/"});
+        const std::string after = seen({"https://a/", option});
+        EXPECT_EQ(before, after) << option;
+        EXPECT_NE(before.find("[https://a/]\ncaller.release 0\n"), std::string::npos) << before;
+    }
+}
+
+TEST(Run, CommandWinsOverLinks) {
+    EXPECT_EQ(seen({"https://a/", "--help"}),
+              "folder: unchanged\n"
+              "out: Ferrivane — opens links in the right Google Chrome profile.\n"
+              "err: \nstatus: 0");
+    EXPECT_EQ(seen({"--agent", "--test", "", "https://a/"}),
+              "folder: unchanged\n"
+              "out: Ferrivane — opens links in the right Google Chrome profile.\n"
+              "err: \nstatus: 2");
+}
+
+TEST(Run, WithoutALinkTheBuildSaysWhatItCannotDoYet) {
+    const std::vector<std::vector<std::string>> rows{
+        {}, {"--agent"}, {"-x"}, {"ferrivane:settings"}, {"no-such-file"}, {"--from", "Mail"}};
+    for (const auto& arguments : rows) {
+        EXPECT_EQ(seen(arguments),
+                  std::string("folder: unchanged\nout: \nerr: ") + kNoAgent + "\nstatus: 1")
+            << (arguments.empty() ? "no argument" : arguments[0]);
+    }
+}
+
+TEST(Run, FileIsNamedAbsolutelyBeforeTheFolderChanges) {
+    const test::TempDir dir;
+    test::writeText(dir / "page.html", "");
+    const std::string text = test::inChild([&] {
+        std::filesystem::current_path(dir.path());
+        test::FakePlatform fake;
+        run({"page.html"}, fake.platform());
+        return fake.browser.given ? fake.browser.given->switches.back() : "not launched";
+    });
+    EXPECT_EQ(text, "file://" + dir.path().string() + "/page.html");
+}
+
+TEST(Run, LinksAreLoggedInTheLogOfTheProcess) {
+    const std::string text = test::inChild([] {
+        test::FakePlatform fake;
+        run({"https://logged.example/"}, fake.platform());
+        const std::filesystem::path& file = Log::shared().fileURL;
+        return (file.string().starts_with(test::privateHome().string()) ? "" : "not private: ") +
+               test::readText(file);
+    });
+    EXPECT_THAT(text, ::testing::StartsWith("20"));
+    EXPECT_THAT(text, ::testing::HasSubstr(" [INFO] https://logged.example/… from "));
+}
+
+}  // namespace
+}  // namespace ferrivane

@@ -1,0 +1,31 @@
+#include <gtest/gtest.h>
+
+#include "Ferrivane/Texts.h"
+
+namespace ferrivane {
+namespace {
+
+TEST(Texts, EachDesktopHasItsOwnWords) {
+    const struct {
+        const char* name;
+        std::string_view Texts::* text;
+        const char* macOS;
+        const char* freedesktop;
+    } rows[] = {
+        {"the agent in the usage", &Texts::usageAgent,
+         "run as the background agent (what macOS launches for a link)",
+         "run as the background agent (what the desktop starts for a link)"},
+        {"the default browser in the usage", &Texts::usageSetDefault,
+         "make Ferrivane the default browser (macOS asks you to confirm)",
+         "make Ferrivane the default browser"},
+        {"the sandbox", &Texts::sandboxed, "yes — Chrome reached through Launch Services",
+         "yes — Chrome reached through the helper script"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(textsFor(Desktop::macOS).*row.text, row.macOS) << row.name;
+        EXPECT_EQ(textsFor(Desktop::freedesktop).*row.text, row.freedesktop) << row.name;
+    }
+}
+
+}  // namespace
+}  // namespace ferrivane
