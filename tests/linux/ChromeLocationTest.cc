@@ -1,0 +1,192 @@
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "Ferrivane/linux/ChromeLocation.h"
+#include "tests/linux/Entries.h"
+#include "tests/linux/Program.h"
+#include "tests/support/TempDir.h"
+
+namespace ferrivane {
+namespace {
+
+using Words = std::vector<std::string>;
+using Names = std::vector<std::string_view>;
+
+class ChromeLocationTest : public ::testing::Test {
+  protected:
+    ChromeLocationTest() {
+        for (const char* name : {"chrome", "flatpak", "chromium"}) {
+            test::writeScript(dir / "bin" / name, "");
+        }
+    }
+
+    void install(const std::string& id, const std::string& exec, const std::string& more = "") {
+        test::writeEntry(folder / (id + ".desktop"), id, exec, more);
+    }
+    void installFlatpak(const std::string& id) {
+        install(id, flatpak + " run --file-forwarding " + id + " @@u %U @@", "X-Flatpak=" + id);
+    }
+
+    std::optional<ChromeLocation> locate() const {
+        return ChromeLocator::locate(entries, "/home/ada", [this](const char* name) {
+            const auto found = environment.find(name);
+            return found == environment.end() ? "" : found->second;
+        });
+    }
+
+    const test::TempDir dir;
+    const std::filesystem::path folder = dir / "applications";
+    const DesktopEntries entries{{folder}};
+    const std::string chrome = dir / "bin/chrome";
+    const std::string flatpak = dir / "bin/flatpak";
+    std::map<std::string, std::string> environment;
+};
+
+TEST_F(ChromeLocationTest, Variants) {
+    const std::string config = "/home/ada/.config/";
+    const Names googles{"chrome"};
+    const Names others{"chromium", "chromium-browser", "chrome"};
+    const struct {
+        const char* name;
+        const char* id;
+        bool isFlatpak;
+        std::filesystem::path userData;
+        Names processNames;
+        bool isContained;
+    } rows[] = {
+        {"Google Chrome", "google-chrome", false, config + "google-chrome", googles, false},
+        {"Google Chrome by its new name", "com.google.Chrome", false, config + "google-chrome",
+         googles, false},
+        {"Chromium", "chromium", false, config + "chromium", others, false},
+        {"Chromium on other distributions", "chromium-browser", false, config + "chromium", others,
+         false},
+        {"the beta", "google-chrome-beta", false, config + "google-chrome-beta", googles, false},
+        {"the unstable one", "google-chrome-unstable", false, config + "google-chrome-unstable",
+         googles, false},
+        {"Google Chrome as a Flatpak", "com.google.Chrome", true,
+         "/home/ada/.var/app/com.google.Chrome/config/google-chrome", googles, true},
+        {"Chromium as a Flatpak", "org.chromium.Chromium", true,
+         "/home/ada/.var/app/org.chromium.Chromium/config/chromium", others, true},
+        {"Chromium as a Snap", "chromium_chromium", false,
+         "/home/ada/snap/chromium/common/chromium", others, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove_all(folder);
+        if (row.isFlatpak) {
+            installFlatpak(row.id);
+        } else {
+            install(row.id, "env A=b " + chrome + " --x %U");
+        }
+        const auto found = locate();
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->entry, folder / (std::string(row.id) + ".desktop"));
+        EXPECT_EQ(found->executable, row.isFlatpak ? flatpak : chrome);
+        EXPECT_EQ(found->command,
+                  (row.isFlatpak ? Words{flatpak, "run", "--file-forwarding", row.id}
+                                 : Words{"env", "A=b", chrome, "--x"}));
+        EXPECT_EQ(found->userDataDirectory, row.userData);
+        EXPECT_EQ(found->processNames, row.processNames);
+        EXPECT_EQ(found->isContained, row.isContained);
+    }
+}
+
+TEST_F(ChromeLocationTest, TheMoreImportantVariantCounts) {
+    const Words order{"google-chrome",      "com.google.Chrome",      "chromium",
+                      "chromium-browser",   "google-chrome-beta",     "google-chrome-unstable",
+                      "com.google.Chrome-", "org.chromium.Chromium-", "chromium_chromium"};
+    for (const std::string& name : order) {
+        const bool isFlatpak = name.ends_with('-');
+        const std::string id = name.substr(0, name.size() - (isFlatpak ? 1 : 0));
+        if (isFlatpak && id == "com.google.Chrome") continue;  // the id is taken by the other one
+        isFlatpak ? installFlatpak(id) : install(id, chrome);
+    }
+    for (const std::string& name : order) {
+        if (name == "com.google.Chrome-") installFlatpak("com.google.Chrome");
+        const auto found = locate();
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->isContained, name.ends_with('-') || name == "chromium_chromium") << name;
+        const std::string id = found->entry.stem();
+        EXPECT_EQ(id, name.substr(0, name.find_last_not_of('-') + 1));
+        std::filesystem::remove(found->entry);
+    }
+    EXPECT_FALSE(locate());
+}
+
+TEST_F(ChromeLocationTest, NotThere) {
+    EXPECT_FALSE(locate()) << "without any folder";
+    install("vivid-browser", chrome);
+    EXPECT_FALSE(locate()) << "another browser";
+    install("google-chrome", "/nowhere/chrome %U");
+    EXPECT_FALSE(locate()) << "the program is missing";
+    install("google-chrome", chrome, "Hidden=true");
+    EXPECT_FALSE(locate()) << "deleted by the user";
+    install("org.chromium.Chromium", chrome);
+    EXPECT_FALSE(locate()) << "a native package under a Flatpak's id";
+    install("chromium", chrome, "X-Flatpak=chromium");
+    EXPECT_FALSE(locate()) << "a Flatpak under a native package's id";
+    install("chromium-browser", chrome, "NoDisplay=true");
+    EXPECT_TRUE(locate()) << "not shown in menus";
+}
+
+TEST_F(ChromeLocationTest, OneWithoutItsProgramIsPassedOver) {
+    install("google-chrome", "/nowhere/chrome %U");
+    install("chromium", chrome);
+    EXPECT_EQ(locate()->entry, folder / "chromium.desktop");
+}
+
+TEST_F(ChromeLocationTest, UserDataDirectory) {
+    const struct {
+        const char* name;
+        std::string exec;
+        std::map<std::string, std::string> environment;
+        const char* directory;
+    } rows[] = {
+        {"by default", "", {}, "/home/ada/.config/google-chrome"},
+        {"the configuration folder", "", {{"XDG_CONFIG_HOME", "/c"}}, "/c/google-chrome"},
+        {"its own configuration folder",
+         "",
+         {{"XDG_CONFIG_HOME", "/c"}, {"CHROME_CONFIG_HOME", "/cc"}},
+         "/cc/google-chrome"},
+        {"its own folder",
+         "",
+         {{"XDG_CONFIG_HOME", "/c"}, {"CHROME_CONFIG_HOME", "/cc"}, {"CHROME_USER_DATA_DIR", "/u"}},
+         "/u"},
+        {"a switch before everything",
+         "--user-data-dir=/s %U",
+         {{"CHROME_USER_DATA_DIR", "/u"}},
+         "/s"},
+        {"a switch with a blank in its value", "\"--user-data-dir=/my data\" %U", {}, "/my data"},
+        {"a switch in single quotes", "--user-data-dir='/my data' %U", {}, "/my data"},
+        {"the last of two switches", "--user-data-dir=/s --user-data-dir=/t", {}, "/t"},
+        {"a switch without a value", "--user-data-dir= %U", {{"CHROME_USER_DATA_DIR", "/u"}}, "/u"},
+        {"a switch with its value in the next word",
+         "--user-data-dir /s",
+         {},
+         "/home/ada/.config/google-chrome"},
+        {"a switch with a similar name",
+         "--user-data-dir-x=/s",
+         {},
+         "/home/ada/.config/google-chrome"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        install("google-chrome", chrome + " " + row.exec);
+        environment = row.environment;
+        EXPECT_EQ(locate()->userDataDirectory, row.directory);
+    }
+}
+
+TEST_F(ChromeLocationTest, TheEnvironmentDoesNotReachIntoAContainer) {
+    environment = {{"XDG_CONFIG_HOME", "/c"}, {"CHROME_USER_DATA_DIR", "/u"}};
+    installFlatpak("org.chromium.Chromium");
+    EXPECT_EQ(locate()->userDataDirectory,
+              "/home/ada/.var/app/org.chromium.Chromium/config/chromium");
+    std::filesystem::remove_all(folder);
+    install("chromium_chromium", chrome);
+    EXPECT_EQ(locate()->userDataDirectory, "/home/ada/snap/chromium/common/chromium");
+}
+
+}  // namespace
+}  // namespace ferrivane

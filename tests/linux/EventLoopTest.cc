@@ -1,0 +1,193 @@
+#include <algorithm>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Ferrivane/linux/EventLoop.h"
+#include "tests/linux/Program.h"
+#include "tests/support/Files.h"
+
+namespace ferrivane {
+namespace {
+
+using namespace std::chrono_literals;
+using Names = std::vector<std::string>;
+
+// A child that ends with this status as soon as it can.
+pid_t endingWith(int status) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(status);
+    return child;
+}
+
+class EventLoopTest : public ::testing::Test {
+  protected:
+    std::function<void()> note(const std::string& name) {
+        return [this, name] { happened.push_back(name); };
+    }
+    std::function<void(int)> noteStatus(const std::string& name) {
+        return
+            [this, name](int status) { happened.push_back(name + " " + std::to_string(status)); };
+    }
+
+    EventLoop loop;
+    Names happened;
+};
+
+TEST_F(EventLoopTest, NothingToWaitFor) {
+    loop.runUntilIdle();
+    loop.runUntilIdle();
+}
+
+TEST_F(EventLoopTest, TimersByTimeThenByOrder) {
+    loop.after(30ms, note("third"));
+    loop.after(0ms, note("first"));
+    loop.after(0ms, note("second"));
+    loop.after(60ms, note("last"));
+    loop.after(-5ms, note("before all"));
+    EXPECT_TRUE(happened.empty()) << "never before the call returns";
+    const auto before = loop.now();
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, (Names{"before all", "first", "second", "third", "last"}));
+    EXPECT_GE(loop.now() - before, 60ms);
+}
+
+TEST_F(EventLoopTest, TimersThatSetTimers) {
+    int count = 0;
+    const std::function<void()> again = [&] {
+        if (++count < 1000) loop.after(0ms, again);
+    };
+    loop.after(0ms, again);
+    loop.after(0ms, [&] { loop.after(0ms, note("one more")); });
+    loop.runUntilIdle();
+    EXPECT_EQ(count, 1000);
+    EXPECT_EQ(happened, Names{"one more"});
+}
+
+TEST_F(EventLoopTest, ATimerThatRepeatsDoesNotHoldOthersUp) {
+    bool isOver = false;
+    const std::function<void()> again = [&] {
+        if (!isOver) loop.after(0ms, again);
+    };
+    loop.after(0ms, again);
+    loop.after(20ms, [&] { isOver = true; });
+    loop.watchChild(endingWith(3), noteStatus("child"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, Names{"child 3"});
+}
+
+TEST_F(EventLoopTest, EndsOfChildren) {
+    loop.watchChild(endingWith(0), noteStatus("well"));
+    loop.runUntilIdle();
+    loop.watchChild(endingWith(7), noteStatus("badly"));
+    loop.runUntilIdle();
+    const pid_t signalled = ::fork();
+    if (signalled == 0) {
+        ::raise(SIGKILL);
+        ::_exit(1);
+    }
+    loop.watchChild(signalled, noteStatus("killed"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, (Names{"well 0", "badly 7", "killed 137"}));
+    EXPECT_EQ(::waitpid(signalled, nullptr, WNOHANG), -1) << "it has been collected";
+}
+
+TEST_F(EventLoopTest, AChildThatEndedBeforeItIsWatched) {
+    const pid_t child = endingWith(5);
+    ASSERT_TRUE(test::waitUntil([&] { return test::isGone(child); }));
+    loop.watchChild(child, noteStatus("child"));
+    EXPECT_TRUE(happened.empty());
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, Names{"child 5"});
+}
+
+TEST_F(EventLoopTest, ManyChildrenAndTimersBetween) {
+    for (int i = 0; i < 20; ++i) loop.watchChild(endingWith(i), noteStatus("child"));
+    for (int i = 0; i < 20; ++i) loop.after(std::chrono::milliseconds(i), note("timer"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened.size(), 40U);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(std::ranges::count(happened, "child " + std::to_string(i)), 1);
+    }
+}
+
+TEST_F(EventLoopTest, ItIsNotIdleBeforeAWatchedChildHasEnded) {
+    test::Program program({"cat"});
+    bool hasEnded = false;
+    loop.watchChild(program.pid(), [&](int) { hasEnded = true; });
+    loop.after(10ms, [&] {
+        EXPECT_FALSE(hasEnded);
+        program.closeInput();
+    });
+    loop.runUntilIdle();
+    EXPECT_TRUE(hasEnded);
+}
+
+TEST_F(EventLoopTest, AForgottenChildIsNotWaitedFor) {
+    test::Program program({"cat"});
+    loop.watchChild(program.pid(), noteStatus("child"));
+    loop.after(0ms, [&] { loop.forgetChild(program.pid()); });
+    loop.runUntilIdle();
+    EXPECT_TRUE(happened.empty());
+    EXPECT_FALSE(test::isGone(program.pid()));
+    loop.forgetChild(program.pid());
+    loop.forgetChild(0);
+}
+
+TEST_F(EventLoopTest, AChildThatIsForgottenWhenAnotherEnds) {
+    const pid_t first = endingWith(1);
+    const pid_t second = endingWith(2);
+    ASSERT_TRUE(test::waitUntil([&] { return test::isGone(first) && test::isGone(second); }));
+    loop.watchChild(first, [&](int) {
+        happened.emplace_back("first");
+        loop.forgetChild(second);
+    });
+    loop.watchChild(second, [&](int) {
+        happened.emplace_back("second");
+        loop.forgetChild(first);
+    });
+    loop.runUntilIdle();
+    EXPECT_EQ(happened.size(), 1U);
+    while (::waitpid(-1, nullptr, 0) > 0) {
+    }
+}
+
+TEST_F(EventLoopTest, AChildThatIsWatchedWhenAnotherEnds) {
+    loop.watchChild(endingWith(1),
+                    [&](int) { loop.watchChild(endingWith(2), noteStatus("next")); });
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, Names{"next 2"});
+}
+
+TEST_F(EventLoopTest, NoDescriptorIsLeft) {
+    const std::size_t before = test::openDescriptors();
+    for (int i = 0; i < 5; ++i) loop.watchChild(endingWith(i), noteStatus("child"));
+    loop.runUntilIdle();
+    EXPECT_EQ(test::openDescriptors(), before);
+}
+
+TEST_F(EventLoopTest, SignalsDoNotDisturbIt) {
+    struct sigaction action{};
+    struct sigaction before{};
+    action.sa_handler = [](int) {};
+    ::sigaction(SIGUSR1, &action, &before);
+    const pid_t parent = ::getpid();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        for (int i = 0; i < 20; ++i) {
+            ::kill(parent, SIGUSR1);
+            ::usleep(1000);
+        }
+        ::_exit(4);
+    }
+    loop.watchChild(child, noteStatus("child"));
+    loop.after(10ms, note("timer"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, (Names{"timer", "child 4"}));
+    ::sigaction(SIGUSR1, &before, nullptr);
+}
+
+}  // namespace
+}  // namespace ferrivane

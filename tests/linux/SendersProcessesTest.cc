@@ -1,0 +1,185 @@
+// Who sent a link, for given processes, control groups and start-up ids.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/Senders.h"
+#include "tests/linux/Entries.h"
+#include "tests/linux/Program.h"
+#include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/TempDir.h"
+
+namespace ferrivane {
+namespace {
+
+using test::copyProgram;
+using test::Program;
+using test::writeEntry;
+
+std::string described(const std::optional<Opener>& opener) {
+    if (!opener) return "nobody";
+    return opener->name.value_or("-") + "|" + opener->bundleId.value_or("-") + "|" +
+           opener->path.value_or("-");
+}
+
+class SendersProcesses : public ::testing::Test {
+  protected:
+    SendersProcesses() {
+        copyProgram(SENDER, dir / "bin/chat");
+        copyProgram(SENDER, dir / "bin/tool");
+        writeEntry(applications / "org.example.Chat.desktop", "Chat", dir / "bin/chat");
+    }
+
+    std::string opener(pid_t sender, const std::string& controlGroup = "",
+                       const std::string& startupId = "") const {
+        return described(Senders::opener({sender, controlGroup, startupId}, entries));
+    }
+
+    const test::TempDir dir;
+    const std::filesystem::path applications = dir / "applications";
+    const DesktopEntries entries{{applications}};
+    const std::string chat = "Chat|org.example.Chat|" + (dir / "bin/chat").string();
+    const std::string tool = "-|-|" + (dir / "bin/tool").string();
+};
+
+TEST_F(SendersProcesses, NoProcess) {
+    for (const pid_t process : {0, 1, -1, 2147483647}) EXPECT_EQ(opener(process), "nobody");
+}
+
+TEST_F(SendersProcesses, AProcessThatIsGone) {
+    Program program({dir / "bin/chat", "cat"});
+    const pid_t process = program.pid();
+    EXPECT_EQ(opener(process), chat);
+    program.end();
+    EXPECT_EQ(opener(process), "nobody");
+}
+
+TEST_F(SendersProcesses, AProcessOfThisProgramIsNoSender) {
+    const test::Child child([] { return ::pause(); });
+    const std::string found = opener(child.pid());
+    EXPECT_EQ(found.find(Processes::executable(::getpid())->string()), std::string::npos) << found;
+}
+
+TEST_F(SendersProcesses, TheControlGroupIsTheWitnessWhereTheParentsTellNothing) {
+    writeEntry(applications / "gnome-mail.desktop", "Mail", dir / "bin/mail-not-here");
+    writeEntry(applications / "org.example.Quiet.desktop", "Quiet", dir / "bin/tool",
+               "NoDisplay=true");
+    writeEntry(applications / "chat_chat.desktop", "Chat in a Snap", dir / "bin/chat");
+    writeEntry(applications / "org.example.Box.desktop", "Box", dir / "bin/tool", "X-Flatpak=x");
+    writeEntry(applications / "org.example.Gone.desktop", "Hidden=true");
+    const std::string slice = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
+    const std::string in = applications.string() + "/";
+    const struct {
+        const char* name;
+        std::string group;
+        std::string opener;
+    } rows[] = {
+        {"an application", slice + "app-gnome-org.example.Chat-1.scope", chat},
+        {"an id that begins like a launcher", slice + "app-gnome-mail-1.scope",
+         "Mail|gnome-mail|" + in + "gnome-mail.desktop"},
+        {"one that is not shown in menus", slice + "app-org.example.Quiet-1.scope",
+         "Quiet|org.example.Quiet|" + (dir / "bin/tool").string()},
+        {"a Snap", slice + "snap.chat.chat-8a6d9f0c-1b2e-4c3d-9e8f-0123456789ab.scope",
+         "Chat in a Snap|chat_chat|" + (dir / "bin/chat").string()},
+        {"a Flatpak", slice + "app-flatpak-org.example.Box-1.scope",
+         "Box|org.example.Box|" + in + "org.example.Box.desktop"},
+        {"one that is not installed", slice + "app-org.example.Unknown-1.scope", "nobody"},
+        {"one that was deleted", slice + "app-org.example.Gone-1.scope", "nobody"},
+        {"one with a slash", slice + "app-..\\x2fapplications\\x2forg.example.Chat-1.scope",
+         "nobody"},
+        {"the bus", "/user.slice/user@1000.service/session.slice/dbus.service", "nobody"},
+        {"none", "", "nobody"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(opener(0, row.group), row.opener);
+    }
+    const Program program({dir / "bin/chat", "cat"});
+    EXPECT_EQ(opener(program.pid(), slice + "app-gnome-mail-1.scope"), chat)
+        << "a living application comes first";
+}
+
+TEST_F(SendersProcesses, AStartUpIdThatNamesALiveProcess) {
+    const Program program({dir / "bin/chat", "cat"});
+    const std::string pid = std::to_string(program.pid());
+    const Program other({dir / "bin/tool", "cat"});
+    Program ended({dir / "bin/chat", "cat"});
+    const std::string dead = std::to_string(ended.pid());
+    ended.end();
+    const struct {
+        const char* name;
+        std::string id;
+        std::string opener;
+    } rows[] = {
+        {"as GTK writes it", "chat-" + pid + "-host-chat-0_TIME123", chat},
+        {"a program with dashes", "my-old-chat-" + pid + "-host-name-0_TIME123", chat},
+        {"a path at its end", "gtksnd-" + pid + "-vm-/usr/bin/x-0_TIME0", chat},
+        {"a process that is gone", "chat-" + dead + "-host-chat-0_TIME123", "nobody"},
+        {"a process without an application", "x-" + std::to_string(other.pid()) + "-h-0_TIME1",
+         "nobody"},
+        {"the first process", "x-1-host-0_TIME1", "nobody"},
+        {"no process", "x-0-host-0_TIME1", "nobody"},
+        {"a program with a dash at its end", "x--" + pid + "-host", chat},
+        {"too large a number", "x-99999999999999999999-host-0_TIME1", "nobody"},
+        {"KDE's form", "host;1700000000;123456;" + pid + "_TIME5", "nobody"},
+        {"a number at its end", "chat-" + pid, "nobody"},
+        {"a number with something behind it", "chat-" + pid + "x-host", "nobody"},
+        {"garbage", "--- -\n-x-\xFF-", "nobody"},
+        {"a dash", "-", "nobody"},
+        {"nothing", "", "nobody"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(opener(0, "", row.id), row.opener);
+    }
+    EXPECT_EQ(opener(other.pid(), "", rows[0].id), chat) << "it tells more than a mere program";
+    EXPECT_EQ(opener(other.pid(), "", rows[3].id), tool) << "but not when its process is gone";
+}
+
+TEST_F(SendersProcesses, AStartUpIdOfAProcessThatHasEnded) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(0);
+    ASSERT_TRUE(test::waitUntil([&] { return test::isGone(child); }));
+    EXPECT_EQ(opener(0, "", "chat-" + std::to_string(child) + "-host-0_TIME1"), "nobody");
+    ::waitpid(child, nullptr, 0);
+}
+
+TEST_F(SendersProcesses, InsideASandboxTheRootNamesTheApplication) {
+    const auto info = dir / "flatpak-info";
+    test::writeText(info, "[Application]\nname=org.example.Box\nruntime=x\n[Instance]\nname=no\n");
+    // As Flatpak does it: a new root that holds the file.
+    const std::string bin = dir / "bin";
+    std::vector<std::string> command{"bwrap",     "--unshare-user", "--tmpfs",   "/",
+                                     "--ro-bind", "/usr",           "/usr",      "--ro-bind",
+                                     "/etc",      "/etc",           "--symlink", "usr/lib",
+                                     "/lib",      "--proc",         "/proc"};
+    for (const char* folder : {"lib64", "bin"}) {
+        command.insert(command.end(),
+                       {"--symlink", std::string("usr/") + folder, std::string("/") + folder});
+    }
+    command.insert(command.end(), {"--ro-bind", info.string(), "/.flatpak-info", "--ro-bind", bin,
+                                   "/app", "/app/chat", "sh", "-c", "echo ready; cat"});
+    Program sandbox(command);
+    ASSERT_EQ(sandbox.readLine(), "ready");
+    pid_t inside = 0;
+    for (const std::string& name : test::namesIn("/proc")) {
+        if (name.find_first_not_of("0123456789") != std::string::npos) continue;
+        const pid_t process = std::stoi(name);
+        const auto status = Processes::status(process);
+        if (status && status->command == "chat" &&
+            Processes::executable(process) == std::filesystem::path("/app/chat")) {
+            inside = process;
+        }
+    }
+    ASSERT_GT(inside, 1);
+    EXPECT_EQ(opener(inside), "-|org.example.Box|-") << "not installed outside";
+    const std::string entry = writeEntry(applications / "org.example.Box.desktop", "Box",
+                                         "flatpak run org.example.Box", "X-Flatpak=x");
+    EXPECT_EQ(opener(inside), "Box|org.example.Box|" + entry);
+}
+
+}  // namespace
+}  // namespace ferrivane
