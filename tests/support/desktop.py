@@ -266,8 +266,9 @@ class Desktop:
     def browser(self):
         pids = self.browsers()
         if len(pids) != 1:
-            raise AssertionError(f"one browser expected, found {pids} among "
-                                 f"{self.processes.all()}; log:\n{self.log()[-1000:]}")
+            crashes = [path.name for path in self.user_data.glob("Crash Reports/*/*.dmp")]
+            raise AssertionError(f"one browser expected, found {pids} among {self.processes.all()}; "
+                                 f"its crashes: {crashes}; log:\n{self.log()[-1000:]}")
         return pids[0]
 
     def stop_browsers(self, number=signal.SIGTERM):
