@@ -54,7 +54,9 @@ void appendUnit(std::string_view unit, std::vector<std::string>& ids) {
     unit.remove_prefix(kPrefix.size());
     if (isScope) unit = unit.substr(0, unit.rfind('-'));  // the random part
     if (isService) unit = unit.substr(0, unit.find('@'));
-    if (const std::size_t dash = unit.find('-'); dash != std::string_view::npos) {
+    if (unit.empty()) return;
+    const std::size_t dash = unit.find('-');
+    if (dash != std::string_view::npos && dash + 1 < unit.size()) {
         ids.push_back(unescaped(unit.substr(dash + 1)));  // behind the launcher
     }
     ids.push_back(unescaped(unit));

@@ -30,12 +30,14 @@ std::vector<std::string_view> processNames(const Variant& variant) {
     return {"chromium", "chromium-browser", "chrome"};
 }
 
-std::optional<std::filesystem::path> fromSwitch(const std::vector<std::string>& command) {
+// Empty when the command has no such switch. Of several the last one counts.
+std::filesystem::path fromSwitch(const std::vector<std::string>& command) {
     constexpr std::string_view kSwitch = "--user-data-dir=";
+    std::filesystem::path directory;
     for (const std::string& word : command) {
-        if (word.starts_with(kSwitch)) return word.substr(kSwitch.size());
+        if (word.starts_with(kSwitch)) directory = word.substr(kSwitch.size());
     }
-    return std::nullopt;
+    return directory;
 }
 
 std::filesystem::path nativeFolder(std::string_view folder, const std::filesystem::path& home,
@@ -52,7 +54,7 @@ std::filesystem::path nativeFolder(std::string_view folder, const std::filesyste
 std::filesystem::path userDataDirectory(const Variant& variant, const ChromeLocation& location,
                                         const std::filesystem::path& home,
                                         const Environment& environment) {
-    if (auto given = fromSwitch(location.command)) return *given;
+    if (auto given = fromSwitch(location.command); !given.empty()) return given;
     switch (variant.package) {
         case Package::native:
             return nativeFolder(variant.folder, home, environment);

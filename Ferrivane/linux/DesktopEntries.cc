@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <set>
 #include <tuple>
 #include <utility>
 
@@ -64,24 +63,37 @@ std::string unescaped(std::string_view value) {
     return text;
 }
 
-// Splits an Exec value into words: blanks separate, double quotes hold together, and inside them a
-// backslash takes the next character as it is.
+bool isTrue(std::string_view value) {
+    return value == "true" || value == "1";
+}
+
+// Splits an Exec value into words as a shell does, which is what desktops do with it: blanks
+// separate, quotes hold together, a backslash takes the next character as it is, a word that begins
+// with "#" begins a comment.
 std::vector<std::string> words(std::string_view value) {
+    constexpr std::string_view kEscapable("\"\\$`");  // inside double quotes
     std::vector<std::string> result;
     std::string word;
     bool inWord = false;
-    bool inQuotes = false;
+    char quote = '\0';
     for (std::size_t i = 0; i < value.size(); ++i) {
         const char c = value[i];
-        if (c == '"') {
-            inQuotes = !inQuotes;
+        const bool canEscape =
+            i + 1 < value.size() &&
+            (quote == '\0' || (quote == '"' && kEscapable.find(value[i + 1]) != kEscapable.npos));
+        if (c == quote) {
+            quote = '\0';
+        } else if (quote == '\0' && (c == '"' || c == '\'')) {
+            quote = c;
             inWord = true;
-        } else if (c == '\\' && i + 1 < value.size()) {
+        } else if (c == '\\' && canEscape) {
             word.push_back(value[++i]);
             inWord = true;
-        } else if (!inQuotes && (c == ' ' || c == '\t')) {
+        } else if (quote == '\0' && (c == ' ' || c == '\t')) {
             if (inWord) result.push_back(std::exchange(word, {}));
             inWord = false;
+        } else if (quote == '\0' && c == '#' && !inWord) {
+            break;
         } else {
             word.push_back(c);
             inWord = true;
@@ -91,23 +103,32 @@ std::vector<std::string> words(std::string_view value) {
     return result;
 }
 
-// The locale's names in the order in which localised keys are looked for: lang_COUNTRY@MODIFIER,
-// lang_COUNTRY, lang@MODIFIER, lang.
-std::vector<std::string> localeNames() {
-    std::string locale;
+// The languages of the user, the preferred one first: $LANGUAGE lists them, else the locale is one.
+std::vector<std::string> languages() {
+    std::vector<std::string> list = splitAt(environment("LANGUAGE"), ':');
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        locale = environment(variable);
-        if (!locale.empty()) break;
+        if (!list.empty()) break;
+        if (const std::string locale = environment(variable); !locale.empty()) {
+            list.push_back(locale);
+        }
     }
-    const std::size_t at = locale.find('@');
-    const std::string modifier = at == std::string::npos ? "" : locale.substr(at);
-    const std::string territory = locale.substr(0, std::min(locale.find('.'), at));
-    const std::string language = territory.substr(0, territory.find('_'));
+    return list;
+}
+
+// The names of locales in the order in which localised keys are looked for; for each language
+// lang_COUNTRY@MODIFIER, lang_COUNTRY, lang@MODIFIER, lang.
+std::vector<std::string> localeNames() {
     std::vector<std::string> names;
-    for (const std::string& base : {territory, language}) {
-        for (const std::string& name : {base + modifier, base}) {
-            if (!base.empty() && std::ranges::find(names, name) == names.end()) {
-                names.push_back(name);
+    for (const std::string& locale : languages()) {
+        const std::size_t at = locale.find('@');
+        const std::string modifier = at == std::string::npos ? "" : locale.substr(at);
+        const std::string territory = locale.substr(0, std::min(locale.find('.'), at));
+        const std::string language = territory.substr(0, territory.find('_'));
+        for (const std::string& base : {territory, language}) {
+            for (const std::string& name : {base + modifier, base}) {
+                if (!base.empty() && std::ranges::find(names, name) == names.end()) {
+                    names.push_back(name);
+                }
             }
         }
     }
@@ -131,17 +152,31 @@ std::optional<std::filesystem::path> findProgram(const std::string& name) {
     return std::nullopt;
 }
 
-// How many words at the start of Exec are "env" and its assignments.
+// How many words at the start of Exec are "env", its options and its assignments.
 std::size_t environmentPrefix(const std::vector<std::string>& exec) {
     if (exec.empty() || std::filesystem::path(exec[0]).filename() != "env") return 0;
     std::size_t count = 1;
-    while (count < exec.size() && exec[count].find('=') != std::string::npos) ++count;
+    while (count < exec.size() &&
+           (exec[count].starts_with('-') || exec[count].find('=') != std::string::npos)) {
+        count += exec[count] == "-u" || exec[count] == "-C" ? 2 : 1;  // with an argument
+    }
     return count;
 }
 
-// "%u" and its like, and the marks around files that Flatpak forwards.
-bool isFieldCode(const std::string& word) {
-    return (word.size() == 2 && word[0] == '%' && word[1] != '%') || word.starts_with("@@");
+// The marks around files that Flatpak forwards.
+bool isForwardingMark(std::string_view word) {
+    return word.starts_with("@@");
+}
+
+// "%u" and its like vanish, "%%" is a percent sign.
+std::string withoutFieldCodes(std::string_view word) {
+    std::string plain;
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        const bool isCode = word[i] == '%' && i + 1 < word.size();
+        if (isCode) ++i;
+        if (!isCode || word[i] == '%') plain.push_back(word[i]);
+    }
+    return plain;
 }
 
 std::filesystem::path resolved(const std::filesystem::path& file) {
@@ -161,6 +196,27 @@ std::string withoutSuffix(std::string name) {
     return name;
 }
 
+// The file of an entry's name below a folder. A dash may stand for a folder.
+std::optional<std::filesystem::path> fileIn(const std::filesystem::path& folder,
+                                            const std::string& name) {
+    const std::filesystem::path file = folder / name;
+    if (::access(file.c_str(), F_OK) == 0) return file;
+    for (std::size_t dash = name.find('-', 1); dash < name.size();
+         dash = name.find('-', dash + 1)) {
+        const std::string part = name.substr(0, dash);
+        const std::filesystem::path subfolder = folder / part;
+        if (part == "." || part == "..") continue;
+        if (::access(subfolder.c_str(), F_OK) != 0) continue;
+        if (auto found = fileIn(subfolder, name.substr(dash + 1))) return found;
+    }
+    return std::nullopt;
+}
+
+// Desktops pass over an entry whose program is missing.
+bool isUsable(const DesktopEntry& entry) {
+    return entry.exec.empty() || entry.program();
+}
+
 }  // namespace
 
 std::optional<std::filesystem::path> DesktopEntry::program() const {
@@ -171,12 +227,9 @@ std::optional<std::filesystem::path> DesktopEntry::program() const {
 std::vector<std::string> DesktopEntry::command() const {
     std::vector<std::string> result;
     for (const std::string& word : exec) {
-        if (isFieldCode(word)) continue;
-        std::string plain = word;
-        if (const std::size_t percent = plain.find("%%"); percent != std::string::npos) {
-            plain.erase(percent, 1);
-        }
-        result.push_back(std::move(plain));
+        if (isForwardingMark(word)) continue;
+        std::string plain = withoutFieldCodes(word);
+        if (word.empty() || !plain.empty()) result.push_back(std::move(plain));
     }
     return result;
 }
@@ -203,21 +256,16 @@ DesktopEntries DesktopEntries::ofSession() {
 std::optional<DesktopEntry> DesktopEntries::find(std::string_view id) const {
     const std::string name = withSuffix(id);
     if (name.find('/') != std::string::npos) return std::nullopt;
+    std::optional<DesktopEntry> withoutProgram;
     for (const std::filesystem::path& folder : folders_) {
-        // A dash in an id may stand for a folder.
-        std::string relative = name;
-        for (std::size_t dash = 0; dash != std::string::npos; dash = name.find('-', dash + 1)) {
-            if (dash > 0) {
-                relative = name;
-                relative[dash] = '/';
-            }
-            const std::filesystem::path file = folder / relative;
-            if (::access(file.c_str(), F_OK) != 0) continue;
-            auto entry = read(file, withoutSuffix(name));
-            return entry && !entry->isHidden ? entry : std::nullopt;
-        }
+        const auto file = fileIn(folder, name);
+        if (!file) continue;
+        auto entry = read(*file, withoutSuffix(name));
+        if (entry && entry->isHidden) break;
+        if (entry && isUsable(*entry)) return entry;
+        if (!withoutProgram) withoutProgram = std::move(entry);
     }
-    return std::nullopt;
+    return withoutProgram;
 }
 
 std::optional<DesktopEntry> DesktopEntries::findByProgram(
@@ -234,27 +282,29 @@ std::optional<DesktopEntry> DesktopEntries::findByProgram(
     using Score = std::tuple<bool, bool, bool, std::ptrdiff_t>;
     std::optional<DesktopEntry> best;
     Score bestScore;
-    std::set<std::string> seen;
+    constexpr auto kOptions = std::filesystem::directory_options::skip_permission_denied;
     for (const std::filesystem::path& folder : folders_) {
         std::error_code error;
-        for (std::filesystem::recursive_directory_iterator file(folder, error), end;
+        for (std::filesystem::recursive_directory_iterator file(folder, kOptions, error), end;
              !error && file != end; file.increment(error)) {
             if (file->path().extension() != kSuffix) continue;
-            std::string id = withoutSuffix(file->path().lexically_relative(folder).string());
-            std::ranges::replace(id, '/', '-');
-            if (!seen.insert(id).second) continue;
             // Most entries do not even mention the program, or what it is a link to.
             const auto text = readFile(file->path());
             if (!text || (text->find(name) == std::string::npos &&
                           text->find(target.filename().string()) == std::string::npos)) {
                 continue;
             }
+            std::string id = withoutSuffix(file->path().lexically_relative(folder).string());
+            std::ranges::replace(id, '/', '-');
             auto entry = read(file->path(), id);
             if (!entry || entry->isHidden) continue;
             const auto started = entry->program();
             if (!started) continue;
             const bool isSame = resolved(*started) == target;
             if (!isSame && started->filename() != name) continue;
+            // Of several with one id another one may count.
+            const auto counting = find(id);
+            if (!counting || counting->file != entry->file) continue;
             const Score score{isSame, entry->isVisible, entry->id == name,
                               -static_cast<std::ptrdiff_t>(entry->exec.size())};
             if (!best || score > bestScore) {
@@ -292,13 +342,13 @@ std::optional<DesktopEntry> DesktopEntries::read(const std::filesystem::path& fi
         } else if (key == "Exec") {
             entry.exec = words(unescaped(value));
         } else if (key == "Hidden") {
-            entry.isHidden = value == "true";
+            entry.isHidden = isTrue(value);
         } else if (key == "NoDisplay") {
-            noDisplay = value == "true";
+            noDisplay = isTrue(value);
         } else if (key == "X-Flatpak") {
             entry.isFlatpak = true;
         } else if (key == "Name") {
-            if (nameRank > locales.size()) {
+            if (nameRank >= locales.size()) {
                 entry.name = unescaped(value);
                 nameRank = locales.size();
             }
@@ -306,7 +356,7 @@ std::optional<DesktopEntry> DesktopEntries::read(const std::filesystem::path& fi
             const std::string_view locale = key.substr(5, key.size() - 6);
             const auto rank =
                 static_cast<std::size_t>(std::ranges::find(locales, locale) - locales.begin());
-            if (rank < locales.size() && rank < nameRank) {
+            if (rank < locales.size() && rank <= nameRank) {
                 entry.name = unescaped(value);
                 nameRank = rank;
             }

@@ -39,7 +39,8 @@ class DesktopEntries {
     static DesktopEntries ofSession();
 
     // The entry with this id (with or without ".desktop"). Of several the most important one
-    // counts, and if that is hidden there is none.
+    // counts, and if that is hidden there is none. One whose program is missing counts only where
+    // there is no other.
     std::optional<DesktopEntry> find(std::string_view id) const;
 
     // The entry that best stands for a program: one whose Exec starts this very file, else one

@@ -7,6 +7,7 @@
 #include <sys/file.h>
 
 #include "core/port/Paths.h"
+#include "core/support/AtomicFile.h"
 
 namespace ferrivane {
 
@@ -19,7 +20,13 @@ std::filesystem::path LaunchLockFile::defaultPath() {
 
 bool LaunchLockFile::tryAcquire() {
     if (file_) return false;
-    FileDescriptor file(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    const auto open = [this] {
+        return ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    };
+    FileDescriptor file(open());
+    if (!file && errno == ENOENT && AtomicFile::createFolders(path_.parent_path())) {
+        file = FileDescriptor(open());
+    }
     if (!file) return true;
     if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
     file_ = std::move(file);

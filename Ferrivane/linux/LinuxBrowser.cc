@@ -76,7 +76,8 @@ std::optional<pid_t> LinuxBrowser::lockOwner() const {
     const std::size_t dash = lock.rfind('-');  // host names hold dashes too
     if (error || dash == std::string::npos || lock.substr(0, dash) != hostName()) return {};
     pid_t process = 0;
-    std::from_chars(lock.data() + dash + 1, lock.data() + lock.size(), process);
+    const char* const end = lock.data() + lock.size();
+    if (std::from_chars(lock.data() + dash + 1, end, process).ptr != end) return std::nullopt;
     const auto status = process > 0 ? Processes::status(process) : std::nullopt;
     if (!status || status->state == 'Z' || !isOurs(process)) return std::nullopt;
     const auto executable = Processes::executable(process);

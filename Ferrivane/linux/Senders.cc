@@ -48,8 +48,13 @@ bool isOneOf(std::string_view name, const std::array<std::string_view, N>& names
     return std::ranges::find(names, name) != names.end();
 }
 
+// Also "gnome-session-binary" and its like, and names that the kernel has cut.
 bool isSessionPart(std::string_view name) {
-    return std::ranges::any_of(kSession, [&](auto part) { return name.starts_with(part); });
+    constexpr std::size_t kLongestCommand = 15;
+    return std::ranges::any_of(kSession, [&](std::string_view part) {
+        return name.starts_with(part) && (name.size() == part.size() || name[part.size()] == '-' ||
+                                          part.size() == kLongestCommand);
+    });
 }
 
 // "python3.11" is "python".
@@ -157,12 +162,12 @@ Found walk(pid_t process, const DesktopEntries& entries) {
         if (!status) break;
         const auto executable = Processes::executable(process);
         const std::string name = executable ? executable->filename().string() : status->command;
-        if (isSessionPart(name)) break;
         const bool isCarrier = executable && isOwnExecutable(*executable);
         if (isCarrier || isOneOf(name, kLaunchers) || isWebbrowserModule(process)) {
             process = status->parent;
             continue;
         }
+        if (isSessionPart(name)) break;
         if (auto flatpak = fromFlatpak(process, entries)) return {std::move(flatpak), {}};
         if (executable) {
             Program program{*executable, *executable};

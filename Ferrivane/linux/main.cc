@@ -1,6 +1,8 @@
 #include <cstdlib>
 #include <iostream>
 
+#include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include "Ferrivane/Run.h"
@@ -22,6 +24,17 @@ std::string environment(const char* variable) {
     return value != nullptr ? value : "";
 }
 
+// A caller may hand us closed streams, whose places no file of ours may take, and ignored signals.
+void secureInheritance() {
+    int file = 0;
+    do {
+        file = ::open("/dev/null", O_RDWR);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) ::close(file);
+    ::signal(SIGPIPE, SIG_IGN);  // a reader of our output that goes away does not end us
+    ::signal(SIGCHLD, SIG_DFL);  // or the ends of our children would go unseen
+}
+
 // Taken out of the environment, so that no other program can use it up.
 std::optional<std::string> takeActivationToken() {
     const std::string token = environment("XDG_ACTIVATION_TOKEN");
@@ -40,6 +53,7 @@ void moveToOwnScope(pid_t process) {
 int main(int count, char** values) {
     using namespace ferrivane;
 
+    secureInheritance();
     const auto entries = DesktopEntries::ofSession();
     const auto chrome = ChromeLocator::locate(entries, Paths::home(), environment);
     if (chrome) Paths::setChromeUserDataDirectory(chrome->userDataDirectory);

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "Ferrivane/linux/DesktopEntries.h"
 #include "tests/linux/Entries.h"
@@ -86,6 +87,8 @@ TEST_F(DesktopEntriesRead, NothingToRead) {
     EXPECT_FALSE(DesktopEntries::read(dir.path(), "id"));
     std::filesystem::create_symlink("nowhere", dir / "dangling.desktop");
     EXPECT_FALSE(DesktopEntries::read(dir / "dangling.desktop", "id"));
+    ASSERT_EQ(::mkfifo((dir / "pipe.desktop").c_str(), 0600), 0);
+    EXPECT_FALSE(DesktopEntries::read(dir / "pipe.desktop", "id"));
 }
 
 TEST_F(DesktopEntriesRead, Visibility) {

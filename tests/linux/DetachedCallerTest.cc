@@ -150,6 +150,17 @@ TEST_F(DetachedCallerTest, TheWorkOutlivesItsCaller) {
     EXPECT_EQ(end.readAll(), "done");
 }
 
+TEST_F(DetachedCallerTest, ACallerThatStoppedReadingDoesNotEndTheWork) {
+    EXPECT_EQ(statusOf([&](DetachedCaller& caller) {
+                  Pipe output;
+                  output.reading.reset();
+                  const bool isRefused = ::write(output.writing.get(), "x", 1) < 0;
+                  caller.release(isRefused ? 5 : 6);
+                  return 0;
+              }),
+              5);
+}
+
 TEST_F(DetachedCallerTest, WhatIsStillInABufferIsWrittenOnce) {
     Pipe output;
     test::Child process([&] {
@@ -187,7 +198,7 @@ TEST_F(DetachedCallerTest, TheOpenerIsKnownAsItWasBeforeTheDetach) {
         DetachedCaller caller(entries);
         const auto before = caller.opener();
         caller.detach();
-        answer.write(before && caller.opener() == before ? "the same" : "another");
+        answer.write(caller.opener() == before ? "the same" : "another");
         caller.release(0);
         return 0;
     });

@@ -1,7 +1,9 @@
 // The front window, on a private X server with a window manager.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
+#include "Ferrivane/linux/LinuxFrontmost.h"
 #include "tests/linux/Entries.h"
 #include "tests/linux/Program.h"
 #include "tests/support/TempDir.h"
@@ -36,8 +38,12 @@ class WindowManager {
     // Its themes are among the system's data.
     explicit WindowManager(const Display& display)
         : program_({"openbox", "--startup", "echo ready"},
-                   {*display.variables().begin(), {"XDG_DATA_DIRS", std::nullopt}}),
-          isThere_(program_.readLine() == "ready") {}
+                   {*display.variables().begin(), {"XDG_DATA_DIRS", std::nullopt}}) {
+        std::string line;
+        do line = program_.readLine();
+        while (!line.empty() && line != "ready");
+        isThere_ = line == "ready";
+    }
     ~WindowManager() { program_.terminate(); }
     WindowManager(const WindowManager&) = delete;
     WindowManager& operator=(const WindowManager&) = delete;
@@ -47,7 +53,7 @@ class WindowManager {
 
   private:
     Program program_;
-    const bool isThere_;
+    bool isThere_ = false;
 };
 
 class FrontmostTest : public ::testing::Test {
@@ -78,6 +84,18 @@ class FrontmostTest : public ::testing::Test {
     const Display display;
 };
 
+TEST(Frontmost, OpeningToActivateOnlySucceeds) {
+    const DesktopEntries entries{{}};
+    LinuxFrontmost frontmost(entries);
+    int count = 0;
+    frontmost.open("/nowhere/x.desktop", [&](const auto& outcome) {
+        EXPECT_TRUE(outcome);
+        ++count;
+    });
+    EXPECT_EQ(count, 1);
+    EXPECT_FALSE(frontmost.activateHandedOver(::getpid()));
+}
+
 TEST_F(FrontmostTest, TheActiveWindowAndBringingTheLowerOneUp) {
     const WindowManager manager(display);
     ASSERT_TRUE(manager.isThere()) << "openbox does not run";
@@ -103,6 +121,7 @@ TEST_F(FrontmostTest, TheActiveWindowAndBringingTheLowerOneUp) {
 
 TEST_F(FrontmostTest, OfAProcessTheTopmostWindow) {
     const WindowManager manager(display);
+    ASSERT_TRUE(manager.isThere()) << "openbox does not run";
     Program several({WINDOW_STAND_IN, "First", "Second"}, display.variables());
     ASSERT_EQ(several.readLine() + several.readLine(), "shownshown");
     EXPECT_TRUE(becomesFront(described(several, "Second"))) << front();
@@ -115,6 +134,7 @@ TEST_F(FrontmostTest, OfAProcessTheTopmostWindow) {
 
 TEST_F(FrontmostTest, TheNameIsThatOfTheApplication) {
     const WindowManager manager(display);
+    ASSERT_TRUE(manager.isThere()) << "openbox does not run";
     const std::string chat = test::copyProgram(WINDOW_STAND_IN, dir / "bin/chat");
     test::writeEntry(dir / "applications/org.example.Chat.desktop", "Chat", chat);
     Program window({chat, "chat-window"}, display.variables());
@@ -135,6 +155,7 @@ TEST_F(FrontmostTest, WithoutAWindowManagerItIsUnknown) {
 
 TEST_F(FrontmostTest, WhatADeadWindowManagerLeftBehindIsNotBelieved) {
     const WindowManager manager(display);
+    ASSERT_TRUE(manager.isThere()) << "openbox does not run";
     Program window({WINDOW_STAND_IN, "Lonely"}, display.variables());
     ASSERT_EQ(window.readLine(), "shown");
     EXPECT_TRUE(becomesFront(described(window, "Lonely"))) << front();
@@ -145,6 +166,7 @@ TEST_F(FrontmostTest, WhatADeadWindowManagerLeftBehindIsNotBelieved) {
 
 TEST_F(FrontmostTest, WhereNobodyTellsItIsUnknown) {
     const WindowManager manager(display);
+    ASSERT_TRUE(manager.isThere()) << "openbox does not run";
     Program window({WINDOW_STAND_IN, "Window"}, display.variables());
     ASSERT_EQ(window.readLine(), "shown");
     EXPECT_TRUE(becomesFront(described(window, "Window"))) << front();

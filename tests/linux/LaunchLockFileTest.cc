@@ -43,7 +43,10 @@ TEST_F(LaunchLockFileTest, ItEndsWithTheObject) {
 
 TEST_F(LaunchLockFileTest, ItEndsWithTheProcess) {
     {
-        const test::Child child([&] { return other.tryAcquire() ? ::pause() : 1; });
+        const test::Child child([&] {
+            while (!other.tryAcquire()) ::usleep(100);
+            return ::pause();
+        });
         EXPECT_TRUE(test::waitUntil([&] {
             const bool wasFree = lock.tryAcquire();
             lock.release();

@@ -197,6 +197,7 @@ TEST_F(LinuxBrowserRunning, ABrowserThatHangsIsNotAskedAgainAndAgain) {
     for (int i = 0; i < 100; ++i) EXPECT_FALSE(browser.isRunning(other.pid()));
     chrome.startAccepting();
     EXPECT_EQ(browser.running(), ::getpid());
+    EXPECT_TRUE(test::waitUntil([&] { return chrome.connections() > 0; }));
     EXPECT_EQ(chrome.connections(), 1U);
 }
 

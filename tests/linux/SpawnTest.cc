@@ -75,6 +75,7 @@ TEST_F(Spawn, OurDescriptorsAndEnvironmentStayAsTheyAre) {
 
 TEST_F(Spawn, Refusals) {
     test::writeText(dir / "text", "");
+    const test::ScopedVariable path("PATH", "/usr/bin:/bin");
     const struct {
         const char* name;
         std::vector<std::string> command;

@@ -90,7 +90,8 @@ void listenIn(const fs::path& folder, const std::string& socketLater) {
     makeLink("4711", socketFolder / "SingletonCookie");
     makeLink("4711", folder / "SingletonCookie");
     makeLink(path, folder / "SingletonSocket");
-    while (fs::exists(folder)) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(5);
+    while (fs::exists(folder) && std::chrono::steady_clock::now() < end) {
         pollfd ready{listener, POLLIN, 0};
         if (::poll(&ready, 1, 20) > 0) ::close(::accept(listener, nullptr, nullptr));
     }

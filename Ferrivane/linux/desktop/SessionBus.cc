@@ -1,9 +1,15 @@
 #include "Ferrivane/linux/desktop/SessionBus.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
+#include <stop_token>
 #include <string>
+#include <thread>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "Ferrivane/linux/desktop/GObjects.h"
@@ -18,18 +24,32 @@ std::string environment(const char* variable) {
     return value != nullptr ? value : "";
 }
 
-// GIO would start a bus of its own when it finds none.
+// GIO would start a bus of its own when it finds none, or an address that asks for it.
 bool hasBus() {
-    if (!environment("DBUS_SESSION_BUS_ADDRESS").empty()) return true;
+    const std::string address = environment("DBUS_SESSION_BUS_ADDRESS");
+    if (!address.empty()) return address.find("autolaunch:") == std::string::npos;
     const std::string runtime = environment("XDG_RUNTIME_DIR");
-    std::error_code error;
-    return !runtime.empty() && std::filesystem::is_socket(runtime + "/bus", error);
+    struct stat bus{};
+    return !runtime.empty() && ::stat((runtime + "/bus").c_str(), &bus) == 0 &&
+           S_ISSOCK(bus.st_mode) && bus.st_uid == ::geteuid();
+}
+
+// The library itself would wait for ever for a bus that takes the connection and says nothing.
+GDBusConnection* connectInTime() {
+    const ObjectPointer<GCancellable> attempt(g_cancellable_new());
+    const std::jthread watch([&](const std::stop_token& connected) {
+        std::mutex mutex;
+        std::unique_lock lock(mutex);
+        std::condition_variable_any().wait_for(
+            lock, connected, std::chrono::milliseconds(kTimeoutMilliseconds), [] { return false; });
+        if (!connected.stop_requested()) g_cancellable_cancel(attempt.get());
+    });
+    return g_bus_get_sync(G_BUS_TYPE_SESSION, attempt.get(), nullptr);
 }
 
 GDBusConnection* connection() {
     if (!hasBus()) return nullptr;
-    static const ObjectPointer<GDBusConnection> bus(
-        g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    static const ObjectPointer<GDBusConnection> bus(connectInTime());
     return bus.get();
 }
 

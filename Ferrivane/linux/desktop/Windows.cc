@@ -14,6 +14,8 @@
 namespace ferrivane::Windows {
 namespace {
 
+constexpr const char* kSupportingWindow = "_NET_SUPPORTING_WM_CHECK";
+
 struct Free {
     void operator()(void* memory) const { std::free(memory); }
 };
@@ -52,6 +54,13 @@ class Server {
     }
 
     xcb_window_t root() const { return root_; }
+
+    // What one that ended has left behind on the root window is not believed: the window that it
+    // named as its own has ended with it.
+    bool hasWindowManager() const {
+        const auto named = numbers(root_, kSupportingWindow, XCB_ATOM_WINDOW);
+        return !named.empty() && numbers(named[0], kSupportingWindow, XCB_ATOM_WINDOW) == named;
+    }
 
     std::optional<pid_t> processOf(xcb_window_t window) const {
         const auto pid = numbers(window, "_NET_WM_PID", XCB_ATOM_CARDINAL);
@@ -136,7 +145,7 @@ std::optional<std::string> applicationClass(const Server& server, xcb_window_t w
 
 std::optional<DesktopServices::Window> active() {
     const Server server;
-    if (!server.isConnected()) return std::nullopt;
+    if (!server.isConnected() || !server.hasWindowManager()) return std::nullopt;
     const auto window = server.numbers(server.root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
     if (window.empty() || window[0] == XCB_WINDOW_NONE) return std::nullopt;
     return DesktopServices::Window{server.processOf(window[0]),
@@ -145,7 +154,7 @@ std::optional<DesktopServices::Window> active() {
 
 bool activateTopmost(pid_t process) {
     const Server server;
-    if (!server.isConnected()) return false;
+    if (!server.isConnected() || !server.hasWindowManager()) return false;
     // From the bottom to the top.
     const auto windows =
         server.numbers(server.root(), "_NET_CLIENT_LIST_STACKING", XCB_ATOM_WINDOW);
