@@ -3,6 +3,7 @@
 
 import contextlib
 import os
+import socket
 import subprocess
 
 from fake_browser import FakeBrowser
@@ -153,6 +154,12 @@ Profiles:
     def test_bus_that_does_not_answer_is_no_agent(self):
         for address in (f"unix:path={self.root}/none", "nonsense", "unix:"):
             self.assertEqual(self.line("Agent:", env={"DBUS_SESSION_BUS_ADDRESS": address}), "not running")
+
+    def test_bus_that_takes_the_connection_and_says_nothing_is_no_agent(self):
+        with socket.socket(socket.AF_UNIX) as mute:
+            mute.bind(str(self.root / "run/bus"))
+            mute.listen()
+            self.assertEqual(self.line("Agent:"), "not running")
 
     def test_no_bus_is_ever_started(self):
         # The desktop's own library would start one for a display.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <thread>
@@ -174,8 +175,8 @@ TEST_F(ChromeProfilesLoad, WhatCannotBeReadIsNamedAsTheSystemNamesIt) {
         EXPECT_EQ(profiles.error().kind, ChromeProfiles::LoadError::Kind::unreadable);
         EXPECT_EQ(profiles.error().path, row.path);
     }
-    std::filesystem::permissions(file, std::filesystem::perms::none);
-    std::filesystem::permissions(dir.path(), static_cast<std::filesystem::perms>(0755));
+    test::setMode(file, 0);
+    test::setMode(dir.path(), 0755);
     EXPECT_EQ(test::inChild([&] {
                   test::becomeUnprivileged();
                   return outcomeOf(ChromeProfiles::load(file));
@@ -219,9 +220,9 @@ TEST_F(ChromeProfilesLoad, ManyProfilesAndSeveralThreads) {
     }
     writeText(file, R"({"profile": {"info_cache": )" + cache + "}}}");
     std::atomic<int> right = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
+    std::array<std::thread, 4> threads;
+    for (std::thread& thread : threads) {
+        thread = std::thread([&] {
             const auto profiles = ChromeProfiles::load(file);
             if (profiles && profiles->size() == 10'000 &&
                 std::ranges::is_sorted(*profiles, {}, &ChromeProfile::directory)) {

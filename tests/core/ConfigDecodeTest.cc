@@ -22,6 +22,7 @@ std::string textOf(const Rule& rule) {
 
 std::vector<std::string> textsOf(const std::vector<Rule>& rules) {
     std::vector<std::string> texts;
+    texts.reserve(rules.size());
     for (const Rule& rule : rules) texts.push_back(textOf(rule));
     return texts;
 }
@@ -145,9 +146,10 @@ TEST(ConfigDecode, DeepNestingInIgnoredKeysIsNoFault) {
     objects += "1" + std::string(kDepth, '}');
     const std::string rule = R"({"kind": "url", "match": "a", "profile": "p", "x": )";
     for (const std::string& nested : {arrays, objects}) {
-        EXPECT_EQ(decoded("{\"x\": " + nested + ", \"defaultProfile\": \"P\"}").defaultProfile,
-                  "P");
-        EXPECT_EQ(decoded("{\"rules\": [" + rule + nested + "}]}").rules.size(), 1U);
+        const std::string beside = "{\"x\": " + nested + ", \"defaultProfile\": \"P\"}";
+        EXPECT_EQ(decoded(beside).defaultProfile, "P");
+        const std::string inside = "{\"rules\": [" + rule + nested + "}]}";
+        EXPECT_EQ(decoded(inside).rules.size(), 1U);
     }
     for (const char* open : {"{\"x\":", "{\"rules\":", "", "{\"rules\":[{\"x\":"}) {
         const auto outcome = outcomeOf(Config::decode(open + std::string(kDepth, '[')));
@@ -168,8 +170,10 @@ TEST(ConfigDecode, KindsAreSpelledExactly) {
 
 TEST(ConfigDecode, RulesAreEqualOnlyWithEqualIds) {
     const Rule rule(Rule::Kind::url, "a", "p", "c");
-    const Rule copy = rule;
+    Rule copy = rule;
     EXPECT_EQ(copy, rule);
+    copy.comment = "d";
+    EXPECT_NE(copy, rule);
     EXPECT_NE(Rule(Rule::Kind::url, "a", "p", "c"), rule);
     EXPECT_EQ(Rule(Rule::Kind::url, "a", "p").comment, std::nullopt);
 }

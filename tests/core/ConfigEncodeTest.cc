@@ -72,7 +72,7 @@ TEST(ConfigEncode, ReadingBackGivesTheSameButForIds) {
 
 TEST(ConfigEncode, ATextThatIsNotUtf8IsAnError) {
     const char* const bad = "a\xFFz";
-    Config inProfile{.defaultProfile = bad, .rules = {}};
+    const Config inProfile{.defaultProfile = bad, .rules = {}};
     Config inMatch;
     inMatch.rules.emplace_back(Rule::Kind::url, bad, "p");
     Config inComment;

@@ -72,8 +72,8 @@ TEST_F(ConfigLoad, APipeThatIsWrittenToIsNotRead) {
 
 TEST_F(ConfigLoad, NoPermissionIsAnError) {
     test::writeText(file, "{}");
-    std::filesystem::permissions(file, std::filesystem::perms::none);
-    std::filesystem::permissions(dir.path(), static_cast<std::filesystem::perms>(0755));
+    test::setMode(file, 0);
+    test::setMode(dir.path(), 0755);
     EXPECT_EQ(test::inChild([&] {
                   test::becomeUnprivileged();
                   return outcomeOf(Config::load(file));

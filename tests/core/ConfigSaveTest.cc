@@ -57,10 +57,10 @@ TEST_F(ConfigSave, MakesMissingFoldersForTheUserAlone) {
 }
 
 TEST_F(ConfigSave, AnExistingFileAndFolderKeepTheirModes) {
-    std::filesystem::permissions(dir.path(), static_cast<std::filesystem::perms>(0755));
+    test::setMode(dir.path(), 0755);
     for (const unsigned mode : {0600U, 0644U, 0640U, 0400U, 0777U}) {
         writeText(file, "old");
-        std::filesystem::permissions(file, static_cast<std::filesystem::perms>(mode));
+        test::setMode(file, mode);
         EXPECT_EQ(outcomeOf(config.save(file)), "ok");
         EXPECT_EQ(readText(file), text);
         EXPECT_EQ(modeOf(file), mode);
@@ -89,7 +89,7 @@ TEST_F(ConfigSave, ASymbolicLinkStaysAndItsTargetIsReplaced) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         if (row.exists) writeText(row.target, "old");
-        if (row.exists) std::filesystem::permissions(row.target, std::filesystem::perms(0640));
+        if (row.exists) test::setMode(row.target, 0640);
         std::filesystem::create_symlink(row.link, file);
         EXPECT_EQ(outcomeOf(config.save(file)), "ok");
         EXPECT_EQ(std::filesystem::read_symlink(file), row.link);
@@ -134,7 +134,7 @@ TEST_F(ConfigSave, WhatCannotBeWrittenLeavesEverythingAsItWas) {
 
 TEST_F(ConfigSave, AFolderThatIsNotOursIsAnError) {
     writeText(file, "old");
-    std::filesystem::permissions(dir.path(), static_cast<std::filesystem::perms>(0555));
+    test::setMode(dir.path(), 0555);
     EXPECT_EQ(test::inChild([&] {
                   test::becomeUnprivileged();
                   return outcomeOf(config.save(file)) + "\n" +
@@ -143,7 +143,7 @@ TEST_F(ConfigSave, AFolderThatIsNotOursIsAnError) {
               "open failed: Permission denied\ncannot create folder " + dir.path().string() +
                   "/a: Permission denied");
     EXPECT_EQ(readText(file), "old");
-    std::filesystem::permissions(dir.path(), std::filesystem::perms::owner_all);
+    test::setMode(dir.path(), 0700);
     EXPECT_EQ(namesIn(dir.path()), Names{"rules.json"});
 }
 

@@ -53,9 +53,9 @@ TEST_F(LogFile, FolderAndFileAreForTheUserAlone) {
 }
 
 TEST_F(LogFile, AnExistingFolderAndFileKeepTheirModes) {
-    std::filesystem::permissions(dir.path(), static_cast<std::filesystem::perms>(0755));
+    test::setMode(dir.path(), 0755);
     writeText(file, "old\n");
-    std::filesystem::permissions(file, static_cast<std::filesystem::perms>(0640));
+    test::setMode(file, 0640);
     Log log(dir.path());
     logLine(log, "x");
     EXPECT_EQ(test::modeOf(dir.path()), 0755U);
@@ -81,7 +81,7 @@ TEST_F(LogFile, OneByteAboveTheLimitIsEnough) {
     Log log(dir.path());
     writeText(file, std::string(kLogRotatesAbove + 1, 'x'));
     writeText(older, "the generation before");
-    std::filesystem::permissions(file, static_cast<std::filesystem::perms>(0640));
+    test::setMode(file, 0640);
     logLine(log, "new");
     EXPECT_EQ(linesOf(file).size(), 1U);
     EXPECT_EQ(test::readText(older), std::string(kLogRotatesAbove + 1, 'x'));

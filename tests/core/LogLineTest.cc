@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/file.h>
 
 #include "core/Log.h"
@@ -106,6 +105,7 @@ TEST(LogLine, LinesOfSeveralThreadsAreWhole) {
     const test::TempDir dir;
     Log log(dir.path());
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&log, thread] {
             const std::string name(50, static_cast<char>('a' + thread));
@@ -150,8 +150,8 @@ TEST(LogLine, FlushWithoutALineReturnsAtOnce) {
 TEST(LogShared, IsOneObjectInTheLogDirectory) {
     const test::TempDir dir;
     EXPECT_EQ(test::inChild([&] {
-                  ::setenv("HOME", dir.path().c_str(), 1);
-                  ::unsetenv("XDG_STATE_HOME");
+                  test::setVariable("HOME", dir.path().c_str());
+                  test::setVariable("XDG_STATE_HOME", nullptr);
                   Log& log = Log::shared();
                   if (&log != &Log::shared()) return std::string("two objects");
                   if (log.fileURL != Paths::logDirectory() / "ferrivane.log") {

@@ -15,19 +15,19 @@
 namespace ferrivane {
 namespace {
 
-constexpr int kProcesses = 4;
-constexpr int kThreads = 2;
+constexpr std::size_t kProcesses = 4;
+constexpr std::size_t kThreads = 2;
 // Together above the limit once, but not twice: if the file were moved aside more than once, the
 // first part would be deleted and its lines be missing here.
 constexpr int kLines = 2500;
 constexpr std::size_t kFiller = 100;
 
 // Runs in each process; none of its threads waits for another.
-int writeLines(const std::filesystem::path& folder, int process) {
+int writeLines(const std::filesystem::path& folder, std::size_t process) {
     Log log(folder);
     std::array<std::thread, kThreads> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads[static_cast<std::size_t>(thread)] = std::thread([&log, process, thread] {
+    for (std::size_t thread = 0; thread < kThreads; ++thread) {
+        threads[thread] = std::thread([&log, process, thread] {
             for (int line = 0; line < kLines; ++line) {
                 log.info(std::to_string(process * kThreads + thread) + " " + std::to_string(line) +
                          " " + std::string(kFiller, 'x') + " end");
@@ -42,10 +42,10 @@ TEST(LogProcesses, LoseNoLineWhileTheFileIsMovedAside) {
     const test::TempDir dir;
     const std::filesystem::path file = dir / "ferrivane.log";
     {
-        std::vector<std::unique_ptr<test::Child>> children;
-        for (int process = 0; process < kProcesses; ++process) {
-            children.push_back(
-                std::make_unique<test::Child>([&] { return writeLines(dir.path(), process); }));
+        std::array<std::unique_ptr<test::Child>, kProcesses> children;
+        for (std::size_t process = 0; process < kProcesses; ++process) {
+            children[process] =
+                std::make_unique<test::Child>([&] { return writeLines(dir.path(), process); });
         }
         for (const auto& child : children) ASSERT_EQ(child->wait(), 0);
     }

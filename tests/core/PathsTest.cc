@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <pwd.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include "core/ChromeProfiles.h"
@@ -14,12 +13,9 @@ namespace {
 // The folders of a process with these variables; null means unset.
 std::string foldersWith(const char* home, const char* config, const char* state) {
     return test::inChild([&] {
-        const auto set = [](const char* name, const char* value) {
-            value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1);
-        };
-        set("HOME", home);
-        set("XDG_CONFIG_HOME", config);
-        set("XDG_STATE_HOME", state);
+        test::setVariable("HOME", home);
+        test::setVariable("XDG_CONFIG_HOME", config);
+        test::setVariable("XDG_STATE_HOME", state);
         return Config::fileURL().string() + "\n" + Paths::logDirectory().string() + "\n" +
                ChromeProfiles::localStateURL().string();
     });
@@ -38,7 +34,8 @@ TEST(Paths, AnAbsoluteVariableWinsOverTheHomeFolder) {
 }
 
 TEST(Paths, WithoutAHomeVariableTheAccountsHome) {
-    const std::string home = ::getpwuid(::getuid())->pw_dir;
+    const passwd* account = ::getpwuid(::getuid());  // NOLINT(concurrency-mt-unsafe)
+    const std::string home = account->pw_dir;
     const std::string expected = home + "/.config/ferrivane/rules.json\n" + home +
                                  "/.local/state/ferrivane\n" + home +
                                  "/.config/google-chrome/Local State";
@@ -48,9 +45,9 @@ TEST(Paths, WithoutAHomeVariableTheAccountsHome) {
 
 TEST(Paths, StayTheSameForTheLifeOfTheProcess) {
     EXPECT_EQ(test::inChild([] {
-                  ::setenv("XDG_CONFIG_HOME", "/first", 1);
+                  test::setVariable("XDG_CONFIG_HOME", "/first");
                   const auto before = Config::fileURL();
-                  ::setenv("XDG_CONFIG_HOME", "/second", 1);
+                  test::setVariable("XDG_CONFIG_HOME", "/second");
                   return before == Config::fileURL() ? before.string() : "changed";
               }),
               "/first/ferrivane/rules.json");

@@ -44,9 +44,9 @@ TEST(ReadFile, LeavesNoDescriptorOpen) {
     test::writeText(dir / "f", "x");
     const std::size_t before = test::openDescriptors();
     for (int i = 0; i < 100; ++i) {
-        (void)readFile(dir / "f");
-        (void)readFile(dir / "none");
-        (void)readFile(dir.path());
+        EXPECT_TRUE(readFile(dir / "f"));
+        EXPECT_FALSE(readFile(dir / "none"));
+        EXPECT_FALSE(readFile(dir.path()));
     }
     EXPECT_EQ(test::openDescriptors(), before);
 }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <future>
 #include <thread>
@@ -37,9 +38,9 @@ TEST(SerialQueue, RunsJobsOneAtATimeInOrder) {
 TEST(SerialQueue, TakesJobsFromSeveralThreadsAndFromJobs) {
     SerialQueue queue("test");
     std::atomic<int> count = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
+    std::array<std::thread, 8> threads;
+    for (std::thread& thread : threads) {
+        thread = std::thread([&] {
             for (int j = 0; j < 200; ++j) {
                 queue.async([&] { queue.async([&] { ++count; }); });
             }

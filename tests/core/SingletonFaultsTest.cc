@@ -84,9 +84,9 @@ TEST(SingletonFaults, AListenerOfAnotherUserIsNotTrusted) {
     const test::TempDir dir;
     const FakeChrome chrome(dir.path());
     for (const auto& folder : {dir.path(), chrome.socketDirectory()}) {
-        std::filesystem::permissions(folder, static_cast<std::filesystem::perms>(0755));
+        test::setMode(folder, 0755);
     }
-    std::filesystem::permissions(chrome.socketPath(), static_cast<std::filesystem::perms>(0777));
+    test::setMode(chrome.socketPath(), 0777);
     EXPECT_EQ(test::inChild([&] {
                   test::becomeUnprivileged();
                   return notify(chrome);

@@ -1,16 +1,13 @@
 #include <filesystem>
 #include <future>
 #include <limits>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include "core/ChromeSingleton.h"
 #include "tests/support/Child.h"
 #include "tests/support/FakeChrome.h"
-#include "tests/support/Files.h"
 #include "tests/support/Outcome.h"
 #include "tests/support/TempDir.h"
 
@@ -195,87 +192,6 @@ TEST_F(SingletonNotify, ATimeoutThatIsNoTimeStopsTheProcess) {
                   "ended by signal " + std::to_string(SIGABRT))
             << timeout;
     }
-}
-
-TEST_F(SingletonNotify, NobodyListening) {
-    chrome.crash();
-    EXPECT_EQ(ChromeSingleton::socketPath(chrome.userDataDirectory()), chrome.socketPath());
-    EXPECT_EQ(notify(), "connect failed: Connection refused");
-    std::filesystem::remove(chrome.socketPath());
-    EXPECT_EQ(notify(), "connect failed: No such file or directory");
-    test::writeText(chrome.socketPath(), "a file");
-    EXPECT_EQ(notify(), "connect failed: Connection refused");
-    chrome.quit();
-    EXPECT_EQ(notify(), "connect failed: No such file or directory");
-    EXPECT_EQ(outcomeOf(ChromeSingleton::socketPath(chrome.userDataDirectory())),
-              "no singleton socket in Chrome's user data directory");
-}
-
-TEST_F(SingletonNotify, TheCookieMayBeMissingAsLongAsItStaysSo) {
-    chrome.setSocketCookie(std::nullopt);
-    EXPECT_EQ(notify(), "ok");
-}
-
-TEST(SingletonSocketLength, OneHundredAndThreeBytesAreAccepted) {
-    const test::TempDir dir;
-    const FakeChrome chrome(dir.path(), {.socketPathLength = 103});
-    ASSERT_EQ(chrome.socketPath().size(), 103U);
-    EXPECT_EQ(outcomeOf(ChromeSingleton::notify(kArgv, chrome.socketPath(), kLong)), "ok");
-    EXPECT_EQ(outcomeOf(ChromeSingleton::listener(chrome.socketPath())), "ok");
-}
-
-TEST(SingletonSocketLength, OneByteMoreIsRefusedBeforeThereIsASocket) {
-    for (const std::string& path :
-         {"/" + std::string(103, 'x'), "/" + std::string(101, 'x') + "é", std::string(4000, '/')}) {
-        const auto result = ChromeSingleton::notify(kArgv, path, kLong);
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error().description(), "socket path too long: " + path);
-        EXPECT_EQ(outcomeOf(ChromeSingleton::listener(path)), "socket path too long: " + path);
-    }
-}
-
-TEST_F(SingletonNotify, ListenerIsTheProcessThatListens) {
-    EXPECT_EQ(ChromeSingleton::listener(chrome.socketPath()), ::getpid());
-    const test::TempDir other;
-    test::Child child([&] {
-        const FakeChrome elsewhere(other.path());
-        for (;;) ::pause();
-        return 0;
-    });
-    const std::string path = (other / "s/SingletonSocket").string();
-    auto listener = ChromeSingleton::listener(path);
-    while (!listener) {
-        std::this_thread::sleep_for(milliseconds(1));
-        listener = ChromeSingleton::listener(path);
-    }
-    EXPECT_EQ(listener, child.pid());
-    ::kill(child.pid(), SIGKILL);
-    child.wait();
-    EXPECT_EQ(outcomeOf(ChromeSingleton::listener(path)), "connect failed: Connection refused");
-}
-
-TEST_F(SingletonNotify, AskingWhoListensDoesNoHarm) {
-    for (int i = 0; i < 50; ++i) EXPECT_TRUE(ChromeSingleton::listener(chrome.socketPath()));
-    EXPECT_EQ(notify(), "ok");
-    EXPECT_EQ(chrome.messages().size(), 1U);
-}
-
-TEST_F(SingletonNotify, AThousandCallsLeaveNoDescriptorOpen) {
-    const auto longArgv = argvOf(40'000);
-    const std::string longPath(104, 'x');
-    chrome.behave(std::vector{FakeChrome::answers("ACK"), FakeChrome::answers("SHUTDOWN"),
-                              FakeChrome::closesAfterReading(), FakeChrome::answers("ACK")});
-    const std::size_t before = test::openDescriptors();
-    for (int i = 0; i < 200; ++i) {
-        (void)ChromeSingleton::notify(kArgv, chrome.socketPath(), kLong);
-        (void)ChromeSingleton::notify(kArgv, "/nowhere/at/all", kLong);
-        (void)ChromeSingleton::notify(kArgv, longPath, kLong);
-        (void)ChromeSingleton::notify(longArgv, chrome.socketPath(), kLong);
-        (void)ChromeSingleton::socketPath(chrome.userDataDirectory());
-        (void)ChromeSingleton::listener(chrome.socketPath());
-    }
-    chrome.crash();  // its own descriptors are closed by now
-    EXPECT_LE(test::openDescriptors(), before);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include <grp.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,6 +74,14 @@ std::string inChild(const std::function<std::string()>& body) {
     if (status < 0) return "ended by signal " + std::to_string(-status);
     if (status > 0) return "exit status " + std::to_string(status);
     return text;
+}
+
+void setVariable(const char* name, const char* value) {
+    if (value == nullptr) {
+        ::unsetenv(name);  // NOLINT(concurrency-mt-unsafe)
+    } else {
+        ::setenv(name, value, 1);  // NOLINT(concurrency-mt-unsafe)
+    }
 }
 
 void becomeUnprivileged() {

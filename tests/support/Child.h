@@ -17,6 +17,9 @@ std::string inChild(const std::function<std::string()>& body);
 // for children.
 void becomeUnprivileged();
 
+// Sets an environment variable, or removes it when there is no value. Only for children.
+void setVariable(const char* name, const char* value);
+
 // A child that runs until the object goes away, or until `body` returns.
 class Child {
   public:

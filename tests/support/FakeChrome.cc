@@ -218,7 +218,8 @@ bool FakeChrome::pause(Milliseconds time, int fd, short events) const {
 void FakeChrome::run() {
     constexpr Milliseconds kForever{-1};
     while (pause(kForever, listener_.get(), POLLIN)) {
-        FileDescriptor connection(::accept(listener_.get(), nullptr, nullptr));
+        FileDescriptor connection(
+            ::accept(listener_.get(), nullptr, nullptr));  // NOLINT(clang-analyzer-unix.*)
         if (connection) serve(std::move(connection));
     }
 }

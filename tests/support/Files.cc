@@ -36,6 +36,10 @@ unsigned modeOf(const std::filesystem::path& path) {
     return info.st_mode & 07777U;
 }
 
+void setMode(const std::filesystem::path& path, unsigned mode) {
+    if (::chmod(path.c_str(), mode) != 0) fail(path);
+}
+
 std::vector<std::string> namesIn(const std::filesystem::path& folder) {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {

@@ -14,6 +14,7 @@ void writeText(const std::filesystem::path& path, std::string_view bytes);
 
 // Permission bits, also of the folder or file that a link names.
 unsigned modeOf(const std::filesystem::path& path);
+void setMode(const std::filesystem::path& path, unsigned mode);
 
 // The names in a folder, sorted.
 std::vector<std::string> namesIn(const std::filesystem::path& folder);
