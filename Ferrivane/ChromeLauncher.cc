@@ -142,6 +142,7 @@ class Launch : public std::enable_shared_from_this<Launch> {
         const bool isBrowser = platform_.browser.isRunning(relayProcess);
         if (isBrowser || platform_.mainLoop.now() >= end) {
             platform_.browser.abandonRelay(relayProcess);
+            if (!isBrowser) Front{platform_, log_}.ensure(process);
             finish(isBrowser ? launched(relayProcess)
                              : handedTo(process) + "; helper still running");
             return;

@@ -1,5 +1,6 @@
 #include "Ferrivane/IncomingLinks.h"
 
+#include <algorithm>
 #include <array>
 
 #include "Ferrivane/AppInfo.h"
@@ -7,6 +8,19 @@
 #include "core/support/Url.h"
 
 namespace ferrivane::IncomingLinks {
+namespace {
+
+// A browser takes ".." away by the letter, which behind a symbolic link leads somewhere else.
+std::filesystem::path withoutDots(const std::filesystem::path& existing) {
+    std::error_code error;
+    if (std::ranges::find(existing, std::filesystem::path("..")) != existing.end()) {
+        const auto target = std::filesystem::canonical(existing, error);
+        if (!error) return target;
+    }
+    return existing.lexically_normal();
+}
+
+}  // namespace
 
 std::vector<std::string> fromOperands(const std::vector<std::string>& operands,
                                       const std::filesystem::path& directory) {
@@ -17,9 +31,9 @@ std::vector<std::string> fromOperands(const std::vector<std::string>& operands,
             if (!Text::equalIgnoringCase(*scheme, AppInfo::urlScheme)) links.push_back(operand);
             continue;
         }
-        const std::filesystem::path path = (directory / operand).lexically_normal();
+        const std::filesystem::path path = directory / operand;
         std::error_code error;
-        if (std::filesystem::exists(path, error)) links.push_back(fileURL(path));
+        if (std::filesystem::exists(path, error)) links.push_back(fileURL(withoutDots(path)));
     }
     return links;
 }

@@ -47,7 +47,7 @@ void Router::route(const std::string& url, const std::optional<Opener>& opener,
     const Config config = loadConfig();
     const Decision decision = Matcher::decide(url, opener, config);
 
-    loadProfiles([&](const std::vector<ChromeProfile>& profiles) {
+    loadProfiles([=, this](const std::vector<ChromeProfile>& profiles) {
         const auto profile = resolved(decision, profiles);
         log.info(Redact::url(url, config.logFullURLs) + " from " +
                  (opener ? opener->description() : "unknown app") + " → " +

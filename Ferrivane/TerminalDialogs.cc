@@ -7,10 +7,9 @@ namespace ferrivane {
 void TerminalDialogs::showLaunchFailure(const LaunchFailureAlert& alert) {
     const std::string link = Redact::url(alert.link, isTerminal_);
     std::string reason = alert.reason;
-    // Some reasons quote the link.
-    if (const std::size_t quoted = reason.find(alert.link);
-        quoted != std::string::npos && !alert.link.empty()) {
-        reason.replace(quoted, alert.link.size(), link);
+    // Some reasons end in the link.
+    if (!alert.link.empty() && reason.ends_with(alert.link)) {
+        reason.replace(reason.size() - alert.link.size(), alert.link.size(), link);
     }
     stream_ << alert.title << ": " << reason << "\n" << link << std::endl;
 }

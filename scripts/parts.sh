@@ -14,6 +14,14 @@ build() {
         cmake --build --preset "$1" --parallel "$jobs"
 }
 
+# build_targets PRESET TARGET...
+build_targets() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" &&
+        cmake --build --preset "$preset" --parallel "$jobs" --target "$@"
+}
+
 # run_tests PRESET LABELS: those tests of a build, at least one.
 run_tests() {
     ctest --preset "$1" --label-regex "$2" --parallel "$jobs" --no-tests=error

@@ -1,5 +1,6 @@
 #include "Ferrivane/linux/ChromeLocation.h"
 
+#include <algorithm>
 #include <array>
 
 namespace ferrivane::ChromeLocator {
@@ -40,6 +41,16 @@ std::filesystem::path fromSwitch(const std::vector<std::string>& command) {
     return directory;
 }
 
+// The environment as the Exec line changes it: "env VARIABLE=value program".
+Environment changedBy(const std::vector<std::string>& command, const Environment& environment) {
+    return [&](const char* variable) {
+        const std::string prefix = std::string(variable) + "=";
+        const auto assigned = std::ranges::find_if(
+            command, [&](const std::string& word) { return word.starts_with(prefix); });
+        return assigned == command.end() ? environment(variable) : assigned->substr(prefix.size());
+    };
+}
+
 std::filesystem::path nativeFolder(std::string_view folder, const std::filesystem::path& home,
                                    const Environment& environment) {
     if (const std::string own = environment("CHROME_USER_DATA_DIR"); !own.empty()) return own;
@@ -57,7 +68,7 @@ std::filesystem::path userDataDirectory(const Variant& variant, const ChromeLoca
     if (auto given = fromSwitch(location.command); !given.empty()) return given;
     switch (variant.package) {
         case Package::native:
-            return nativeFolder(variant.folder, home, environment);
+            return nativeFolder(variant.folder, home, changedBy(location.command, environment));
         case Package::flatpak:
             return home / ".var/app" / variant.id / "config" / variant.folder;
         case Package::snap:

@@ -26,11 +26,11 @@ class DesktopServices {
     virtual std::optional<std::filesystem::path> handler(std::string_view scheme) = 0;
     // The process that owns a name on the session bus. Never starts a bus.
     virtual std::optional<pid_t> busNameOwner(std::string_view name) = 0;
-    // Moves a process into a scope of its own, so that it does not end with whatever started us.
-    // Without systemd nothing happens.
+    // Moves a process and its session into a scope of their own, so that they do not end with
+    // whatever started us. Without systemd nothing happens.
     virtual void moveToOwnScope(pid_t process) = 0;
 
-    // The active window; absent when the window manager does not tell.
+    // The active window, empty when none is; absent when there is no window manager to tell.
     virtual std::optional<Window> activeWindow() = 0;
     // Asks the window manager to activate the topmost window of a process.
     virtual bool activateTopmostWindow(pid_t process) = 0;

@@ -1,5 +1,7 @@
 #include "Ferrivane/linux/EventLoop.h"
 
+#include <algorithm>
+
 #include <poll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -51,9 +53,16 @@ void EventLoop::waitForChildren(int timeoutMilliseconds) {
         handles.push_back({entry.handle.get(), POLLIN, 0});
         order.push_back(child);
     }
-    if (::poll(handles.data(), handles.size(), timeoutMilliseconds) <= 0) return;
+    // Without a handle, when no descriptor is left, a child is asked after now and then.
+    constexpr int kAskingInterval = 50;
+    const bool mustAsk =
+        std::ranges::any_of(handles, [](const pollfd& handle) { return handle.fd < 0; });
+    if (mustAsk && (timeoutMilliseconds < 0 || timeoutMilliseconds > kAskingInterval)) {
+        timeoutMilliseconds = kAskingInterval;
+    }
+    if (::poll(handles.data(), handles.size(), timeoutMilliseconds) < 0) return;
     for (std::size_t i = 0; i < handles.size(); ++i) {
-        if (handles[i].revents == 0) continue;
+        if (handles[i].fd >= 0 && handles[i].revents == 0) continue;
         int status = 0;
         if (::waitpid(order[i], &status, WNOHANG) != order[i]) continue;
         auto entry = children_.extract(order[i]);

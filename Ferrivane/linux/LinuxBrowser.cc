@@ -27,6 +27,7 @@ using Completion = std::function<void(std::expected<pid_t, PlatformError>)>;
 struct Start {
     Completion completion;
     std::chrono::steady_clock::time_point end;
+    pid_t process;  // 0 once it has ended
 
     bool isOver() const { return !completion; }
     void finish(std::expected<pid_t, PlatformError> outcome) {
@@ -98,17 +99,18 @@ void LinuxBrowser::launch(const std::filesystem::path&, const Arguments& argumen
     const auto process = spawnDetached(command, arguments.activationToken);
     if (!process) return completion(std::unexpected(cannotStart(command.front(), process.error())));
 
-    auto start = std::make_shared<Start>(
-        Start{[this, done = std::move(completion)](const auto& outcome) {
-                  done(outcome);
-                  // After whatever the outcome has set off.
-                  if (outcome) loop_.after({}, [this, browser = *outcome] { started_(browser); });
-              },
-              loop_.now() + kStartLimit});
-    // A wrapper may hand over to a browser that it finds running and end well; any other early end
-    // means that nothing was opened.
-    loop_.watchChild(*process, [start, process = *process](int status) {
-        if (status == 0) return start->finish(process);
+    auto start =
+        std::make_shared<Start>(Start{[this, done = std::move(completion)](const auto& outcome) {
+                                          done(outcome);
+                                          if (outcome && *outcome > 0) started_(*outcome);
+                                      },
+                                      loop_.now() + kStartLimit, *process});
+    // A wrapper may leave the browser behind and end well. From outside, a contained one is not
+    // seen to be ready. Any other early end means that nothing was opened.
+    loop_.watchChild(*process, [this, start](int status) {
+        start->process = 0;
+        if (status == 0 && location_->isContained) return start->finish(0);
+        if (status == 0) return;
         start->finish(std::unexpected(
             PlatformError{"Chrome ended with status " + std::to_string(status) + " at its start"}));
     });
@@ -118,7 +120,7 @@ void LinuxBrowser::launch(const std::filesystem::path&, const Arguments& argumen
         const bool isReady = browser && listener() == browser;
         if (isReady || loop_.now() >= start->end) {
             loop_.forgetChild(process);
-            return start->finish(isReady ? *browser : process);
+            return start->finish(isReady ? *browser : start->process);
         }
         loop_.after(kStartInterval, [again] { again(again); });
     };
@@ -136,6 +138,11 @@ std::expected<pid_t, PlatformError> LinuxBrowser::startRelay(
     if (!process) return std::unexpected(cannotStart(command.front(), process.error()));
     loop_.watchChild(*process, std::move(completion));
     return *process;
+}
+
+void LinuxBrowser::abandonRelay(pid_t process) {
+    loop_.forgetChild(process);
+    if (lockOwner() == process) started_(process);
 }
 
 }  // namespace ferrivane

@@ -9,7 +9,7 @@ namespace ferrivane {
 
 class LinuxBrowser : public Browser {
   public:
-    // Called with the process of a browser that was started, once its outcome is known.
+    // Called with the process of a browser that was started by us, also as a relay that became it.
     using Started = std::function<void(pid_t process)>;
 
     // Without a location nothing runs and nothing can be launched. Both references outlive this.
@@ -25,7 +25,7 @@ class LinuxBrowser : public Browser {
     std::expected<pid_t, PlatformError> startRelay(
         const std::filesystem::path& executable, const Arguments& arguments,
         std::function<void(int status)> completion) override;
-    void abandonRelay(pid_t process) override { loop_.forgetChild(process); }
+    void abandonRelay(pid_t process) override;
 
   private:
     std::optional<pid_t> listener() const;

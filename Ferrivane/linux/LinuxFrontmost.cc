@@ -26,9 +26,8 @@ std::optional<Frontmost::Application> LinuxFrontmost::current() const {
     if (!window) return std::nullopt;
     Application application{window->process, window->applicationClass};
     if (window->process) {
-        const auto opener = Senders::opener(
-            {.sender = *window->process, .controlGroup = {}, .startupId = {}}, entries_);
-        if (opener && opener->name) application.name = opener->name;
+        const auto known = Senders::application(*window->process, entries_);
+        if (known && known->name) application.name = known->name;
     }
     return application;
 }

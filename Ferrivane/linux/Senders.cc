@@ -168,18 +168,9 @@ Found walk(pid_t process, const DesktopEntries& entries) {
             continue;
         }
         if (isSessionPart(name)) break;
-        if (auto flatpak = fromFlatpak(process, entries)) return {std::move(flatpak), {}};
-        if (executable) {
-            Program program{*executable, *executable};
-            if (isInterpreter(name)) program.standsFor = script(process).value_or(*executable);
-            if (auto opener = fromProgram(process, program, entries))
-                return {std::move(opener), {}};
-            if (!found.program) {
-                found.program = Opener{std::nullopt, std::nullopt, executable->string()};
-            }
-        }
-        if (const auto group = Processes::controlGroup(process)) {
-            if (auto opener = fromControlGroup(*group, entries)) return {std::move(opener), {}};
+        if (auto known = application(process, entries)) return {std::move(known), {}};
+        if (executable && !found.program) {
+            found.program = Opener{std::nullopt, std::nullopt, executable->string()};
         }
         process = status->parent;
     }
@@ -202,6 +193,19 @@ pid_t processOfStartupId(std::string_view id) {
 }
 
 }  // namespace
+
+std::optional<Opener> application(pid_t process, const DesktopEntries& entries) {
+    if (auto flatpak = fromFlatpak(process, entries)) return flatpak;
+    if (const auto executable = Processes::executable(process)) {
+        Program program{*executable, *executable};
+        if (isInterpreter(executable->filename().string())) {
+            program.standsFor = script(process).value_or(*executable);
+        }
+        if (auto opener = fromProgram(process, program, entries)) return opener;
+    }
+    const auto group = Processes::controlGroup(process);
+    return group ? fromControlGroup(*group, entries) : std::nullopt;
+}
 
 Origin ownOrigin() {
     const char* startupId = std::getenv("DESKTOP_STARTUP_ID");  // NOLINT(concurrency-mt-unsafe)

@@ -22,6 +22,9 @@ struct Origin {
     std::string startupId;     // DESKTOP_STARTUP_ID as the carrier was given it
 };
 
+// The application that this very process is, if the desktop knows it as one.
+std::optional<Opener> application(pid_t process, const DesktopEntries& entries);
+
 // This process's origin. Read it before the process forks.
 Origin ownOrigin();
 

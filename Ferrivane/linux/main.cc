@@ -42,9 +42,11 @@ std::optional<std::string> takeActivationToken() {
     return token.empty() ? std::nullopt : std::optional(token);
 }
 
-void moveToOwnScope(pid_t process) {
+// Once nobody waits for us any more.
+void moveToOwnScope(std::optional<pid_t> browser) {
+    if (!browser) return;
     if (ferrivane::DesktopServices* services = ferrivane::desktopServices()) {
-        services->moveToOwnScope(process);
+        services->moveToOwnScope(*browser);
     }
 }
 
@@ -60,20 +62,23 @@ int main(int count, char** values) {
 
     EventLoop mainLoop;
     LinuxApplications applications(entries, chrome);
-    LinuxBrowser browser(chrome, mainLoop, moveToOwnScope);
+    std::optional<pid_t> started;
+    LinuxBrowser browser(chrome, mainLoop, [&started](pid_t process) { started = process; });
     LinuxFrontmost frontmost(entries);
     LaunchLockFile launchLock(LaunchLockFile::defaultPath());
     TerminalDialogs dialogs(std::cerr, ::isatty(STDERR_FILENO) != 0);
     DetachedCaller caller(entries);
 
-    return run({values + (count > 0 ? 1 : 0), values + count},
-               Platform{.desktop = Desktop::freedesktop,
-                        .mainLoop = mainLoop,
-                        .applications = applications,
-                        .browser = browser,
-                        .frontmost = frontmost,
-                        .launchLock = launchLock,
-                        .dialogs = dialogs,
-                        .caller = caller,
-                        .activationToken = takeActivationToken()});
+    const int status = run({values + (count > 0 ? 1 : 0), values + count},
+                           Platform{.desktop = Desktop::freedesktop,
+                                    .mainLoop = mainLoop,
+                                    .applications = applications,
+                                    .browser = browser,
+                                    .frontmost = frontmost,
+                                    .launchLock = launchLock,
+                                    .dialogs = dialogs,
+                                    .caller = caller,
+                                    .activationToken = takeActivationToken()});
+    moveToOwnScope(started);
+    return status;
 }

@@ -1,7 +1,7 @@
 // Folders as NSFileManager reports them for the current user, not as $HOME says.
-#import <Foundation/Foundation.h>
-
 #include <utility>
+
+#import <Foundation/Foundation.h>
 
 #include "core/port/Paths.h"
 

@@ -14,7 +14,7 @@ namespace ferrivane {
 
 class SerialQueue {
   public:
-    // The label names the thread for debuggers, as far as the system's limit of 15 characters goes.
+    // The label tells queues apart.
     explicit SerialQueue(std::string label);
     // Runs what is still queued, then ends the thread.
     ~SerialQueue();

@@ -117,6 +117,15 @@ TEST_F(IncomingLinks, NameOfAFileBecomesItsUrl) {
     for (const auto& row : rows) EXPECT_EQ(linkFrom(row.operand), row.url) << row.name;
 }
 
+TEST_F(IncomingLinks, DotsBehindASymbolicLinkLeadWhereTheSystemSays) {
+    std::filesystem::create_directories(dir / "real/inner");
+    std::filesystem::create_symlink("real/inner", dir / "link");
+    test::writeText(dir / "real/page.html", "");
+    test::writeText(dir / "decoy.html", "");
+    EXPECT_EQ(linkFrom("link/../page.html"), fileUrl("real/page.html"));
+    EXPECT_EQ(linkFrom("link/../decoy.html"), "skipped");
+}
+
 TEST_F(IncomingLinks, SchemeWinsOverAFileOfTheSameName) {
     std::filesystem::create_directory(dir / "http:");
     test::writeText(dir / "http:/work.example", "");

@@ -25,7 +25,8 @@ class LauncherFaults : public test::LauncherTest {
         });
     }
 
-    test::FakeChrome chrome{dir.path()};
+    // Nothing needs an answer, and a process that forks had better have no other thread.
+    test::FakeChrome chrome{dir.path(), {.accepting = false}};
 };
 
 TEST_F(LauncherFaults, ConnectionThatBreaksWhileSendingIsLeftToTheRelay) {

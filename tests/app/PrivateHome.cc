@@ -16,6 +16,7 @@ class PrivateHome : public ::testing::Environment {
   public:
     void SetUp() override {
         home = std::make_unique<TempDir>();
+        // NOLINTBEGIN(concurrency-mt-unsafe)
         for (const char* variable : {"XDG_DATA_HOME", "XDG_RUNTIME_DIR", "APP_SANDBOX_CONTAINER_ID",
                                      "CHROME_USER_DATA_DIR", "CHROME_CONFIG_HOME"}) {
             ::unsetenv(variable);
@@ -23,6 +24,7 @@ class PrivateHome : public ::testing::Environment {
         ::setenv("HOME", home->path().c_str(), 1);
         ::setenv("XDG_CONFIG_HOME", (*home / "config").c_str(), 1);
         ::setenv("XDG_STATE_HOME", (*home / "state").c_str(), 1);
+        // NOLINTEND(concurrency-mt-unsafe)
     }
     void TearDown() override { home.reset(); }
 };

@@ -8,7 +8,6 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 constexpr const char* kLaunched = "[INFO]   launched Chrome (pid 500) (0 ms)";
@@ -184,9 +183,8 @@ TEST_F(RouterFailure, LinkIsNotTriedAgain) {
 TEST_F(RouterFailure, IsToldToWhoWaitsOnlyAfterTheAlert) {
     fake.applications.locations.clear();
     std::size_t alerts = 0;
-    Router(fake.platform(), log, rulesFile)
-        .route("https://a/", std::nullopt, std::nullopt,
-               [&](bool) { alerts = fake.dialogs.alerts.size(); });
+    router.route("https://a/", std::nullopt, std::nullopt,
+                 [&](bool) { alerts = fake.dialogs.alerts.size(); });
     EXPECT_EQ(alerts, 1U);
 }
 

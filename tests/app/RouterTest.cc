@@ -8,7 +8,6 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 constexpr const char* kLaunched = "[INFO]   launched Chrome (pid 500) (0 ms)";
@@ -125,7 +124,6 @@ TEST_F(RouterLog, TimeIsInWholeMillisecondsAndCoversTheLaunch) {
 
 TEST_F(RouterLog, OutcomeLineComesWithTheOutcome) {
     fake.browser.launchTakes = 70ms;
-    Router router(fake.platform(), log, rulesFile);
     router.route("https://a/", std::nullopt);
     fake.mainLoop.advance(69ms);
     EXPECT_THAT(newLogLines(), SizeIs(1));
@@ -135,7 +133,6 @@ TEST_F(RouterLog, OutcomeLineComesWithTheOutcome) {
 
 TEST_F(RouterLog, LinesOfLinksUnderWayTogetherInterleaveWhole) {
     fake.browser.launchTakes = 10ms;
-    Router router(fake.platform(), log, rulesFile);
     router.route("https://a/", std::nullopt);
     router.route("https://b/", std::nullopt);
     fake.mainLoop.runUntilIdle();
@@ -147,7 +144,6 @@ TEST_F(RouterLog, LinesOfLinksUnderWayTogetherInterleaveWhole) {
 }
 
 TEST_F(RouterLog, EachLinkReadsRulesAndCatalogueAfresh) {
-    Router router(fake.platform(), log, rulesFile);
     const auto lineFor = [&](const char* url) {
         router.route(url, std::nullopt);
         return newLogLines().at(0);
@@ -160,12 +156,12 @@ TEST_F(RouterLog, EachLinkReadsRulesAndCatalogueAfresh) {
 }
 
 TEST_F(RouterLog, TokenGoesToTheLauncher) {
-    Router(fake.platform(), log, rulesFile).route("https://a/", std::nullopt, "tok");
+    router.route("https://a/", std::nullopt, "tok");
     EXPECT_EQ(fake.browser.given->activationToken, "tok");
 }
 
 TEST_F(RouterLog, NobodyNeedsToWaitForTheEnd) {
-    Router(fake.platform(), log, rulesFile).route("https://a/", std::nullopt);
+    router.route("https://a/", std::nullopt);
     EXPECT_THAT(newLogLines(), SizeIs(2));
 }
 

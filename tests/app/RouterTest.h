@@ -21,13 +21,14 @@ class RouterTest : public AppTest {
     // Routes, lets everything that follows happen, and returns what was logged.
     std::vector<std::string> logOf(const std::string& url,
                                    const std::optional<Opener>& opener = std::nullopt) {
-        Router(fake.platform(), log, rulesFile)
-            .route(url, opener, std::nullopt, [this](bool opened) { outcomes.push_back(opened); });
+        router.route(url, opener, std::nullopt,
+                     [this](bool opened) { outcomes.push_back(opened); });
         fake.mainLoop.runUntilIdle();
         return newLogLines();
     }
 
     std::vector<bool> outcomes;
+    Router router{fake.platform(), log, rulesFile};
 };
 
 }  // namespace ferrivane::test

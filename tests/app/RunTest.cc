@@ -24,8 +24,8 @@ constexpr const char* kNoAgent =
 std::string seen(const std::vector<std::string>& arguments) {
     return test::inChild([&] {
         test::FakePlatform fake;
-        std::ostringstream out;
-        std::ostringstream err;
+        const std::ostringstream out;
+        const std::ostringstream err;
         std::cout.rdbuf(out.rdbuf());
         std::cerr.rdbuf(err.rdbuf());
         const int status = run(arguments, fake.platform());

@@ -19,7 +19,7 @@ std::string shown(const std::string& url, const LaunchError& error, bool isTermi
 TEST(TerminalDialogs, LinkIsShownInFullToAPersonOnly) {
     const LaunchError notInstalled;
     const LaunchError refused{LaunchError::Kind::malformedURL, "-https://user:pw@a/secret"};
-    const LaunchError quoting{LaunchError::Kind::platform, "cannot open https://a/secret now"};
+    const LaunchError quoting{LaunchError::Kind::platform, "cannot open https://a/secret"};
     const struct {
         const char* name;
         const char* url;
@@ -33,11 +33,11 @@ TEST(TerminalDialogs, LinkIsShownInFullToAPersonOnly) {
         {"somebody's log", "https://a/secret", notInstalled, false,
          "Couldn't open the link in Google Chrome: Google Chrome is not installed\n"
          "https://a/…\n"},
-        {"a reason that quotes the link, to a person", "https://a/secret", quoting, true,
-         "Couldn't open the link in Google Chrome: cannot open https://a/secret now\n"
+        {"a reason that ends in the link, to a person", "https://a/secret", quoting, true,
+         "Couldn't open the link in Google Chrome: cannot open https://a/secret\n"
          "https://a/secret\n"},
-        {"a reason that quotes the link, to a log", "https://a/secret", quoting, false,
-         "Couldn't open the link in Google Chrome: cannot open https://a/… now\n"
+        {"a reason that ends in the link, to a log", "https://a/secret", quoting, false,
+         "Couldn't open the link in Google Chrome: cannot open https://a/…\n"
          "https://a/…\n"},
         {"a refused link, to a log", "-https://user:pw@a/secret", refused, false,
          "Couldn't open the link in Google Chrome: not a URL: -https://user:pw@a/secre…\n"

@@ -3,11 +3,12 @@
 
 import fcntl
 import os
+import shutil
 import threading
 import time
 
 from fake_browser import LONGEST_MESSAGE, FakeBrowser
-from program_case import SENDER, ProgramCase, Ran, main
+from program_case import ProgramCase, Ran, main
 
 OPENED = Ran(0, "", "")
 # In this process, which listens in the browser's stead.
@@ -33,7 +34,7 @@ class HandOver(ProgramCase):
         self.assertEqual(browser.message(), [b"START", b"/", os.fsencode(self.chromium),
                                              b"--profile-directory=Profile 2", b"https://work.example/a"])
         self.assertEqual(self.log_lines(), [
-            f'[INFO] https://work.example/… from {SENDER} → Work [Profile 2] via rule #1 '
+            '[INFO] https://work.example/… from SENDER → Work [Profile 2] via rule #1 '
             '(host "work.example")', HANDED_OVER])
 
     def test_unknown_profile_is_not_asked_for(self):
@@ -42,7 +43,7 @@ class HandOver(ProgramCase):
         self.assertEqual(self.run_program("https://a/"), OPENED)
         self.assertEqual(browser.arguments(), [b"https://a/"])
         self.assertEqual(self.log_lines(), [
-            f'[INFO] https://a/… from {SENDER} → profile "Gone" NOT FOUND via default',
+            '[INFO] https://a/… from SENDER → profile "Gone" NOT FOUND via default',
             "[WARN] opening without --profile-directory so Chrome does not create a new profile; "
             "known profiles: Home [Default], Work [Profile 2]", HANDED_OVER])
 
@@ -55,11 +56,22 @@ class HandOver(ProgramCase):
         for number, link in enumerate(links):
             self.assertEqual(browser.arguments(number), [b"--profile-directory=Default", link])
 
+    def test_sender_is_named_and_chooses_the_rule(self):
+        mail = self.root / "apps/mail"
+        shutil.copy(os.environ["SENDER"], mail)
+        self.write_entry("org.example.Mail", f"{mail} %U")
+        self.write_rules(("app", "org.example.mail", "Work"))
+        browser = self.start_browser()
+        self.assertEqual(self.run_program("https://a/", before=[mail]), OPENED)
+        self.assertEqual(browser.arguments(), [b"--profile-directory=Profile 2", b"https://a/"])
+        self.assertIn(' [INFO] https://a/… from org.example.Mail (org.example.Mail) → Work [Profile 2] via '
+                      'rule #1 (app "org.example.mail")\n', self.log())
+
     def test_any_byte_is_logged_as_it_is(self):
         self.write_rules(logFullURLs=True)
         self.start_browser()
         self.run_program(b"https://a/\xff\n" + "\u202e".encode())
-        self.assertIn(f" [INFO] https://a/\udcff\n\u202e from {SENDER} → ", self.log())
+        self.assertIn(" [INFO] https://a/\udcff\n\u202e from ", self.log())
 
     def link_for_message_of(self, size):
         parts = [b"START", b"/", os.fsencode(self.chromium), b"--profile-directory=Default", b"https://a/"]
@@ -97,16 +109,17 @@ class HandOver(ProgramCase):
                 self.assertEqual(self.log_lines()[-2:], [NOT_USED.format(reason), RELAYED])
                 self.assertEqual(len(self.starts_of_browser()), number + 1)
 
-    def test_cookie_that_does_not_match_leads_to_the_browsers_binary(self):
-        self.start_browser()
+    def test_socket_whose_cookie_does_not_match_is_not_spoken_to(self):
+        browser = self.start_browser()
         cookie = self.root / "s/SingletonCookie"
         cookie.unlink()
         cookie.symlink_to("other")
-        self.assertEqual(self.run_program("https://a/"), OPENED)
         # Nothing that could be trusted listens: as if the browser did not run.
-        self.assertEqual(self.log_lines()[-1][:28], "[INFO]   launched Chrome (pi")
-        self.assertEqual(self.starts_of_browser()[0].arguments,
-                         [b"--profile-directory=Default", b"https://a/"])
+        self.install_browser(stays=True)
+        self.assertEqual(self.run_program("https://a/"), OPENED)
+        self.assertEqual(browser.connections, 0)
+        pid, = self.running_browsers()
+        self.assertEqual(self.log_lines()[-1], f"[INFO]   launched Chrome (pid {pid}) (N ms)")
 
     def test_token_is_given_to_the_first_link(self):
         browser = self.start_browser()

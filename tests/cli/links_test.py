@@ -5,7 +5,7 @@ import os
 import pty
 
 from fake_browser import FakeBrowser
-from program_case import LONG, SENDER, ProgramCase, Ran, main
+from program_case import LONG, ProgramCase, Ran, main
 
 FAILED = "Couldn't open the link in Google Chrome: Google Chrome is not installed\n"
 NO_AGENT = ("Ferrivane: this build opens the links it is started with; it has no agent and no "
@@ -19,7 +19,7 @@ class NoBrowser(ProgramCase):
         self.assertEqual(self.log_lines(), [
             f"[INFO] created starter config at {self.rules_file}",
             "[ERROR] cannot read Chrome profiles: open failed: No such file or directory",
-            f"[INFO] https://work.example/… from {SENDER} → Default [Default] via default",
+            "[INFO] https://work.example/… from SENDER → Default [Default] via default",
             "[ERROR]   Chrome launch failed: Google Chrome is not installed"])
 
     def test_every_link_is_told_of_in_order(self):
@@ -60,7 +60,7 @@ class NoBrowser(ProgramCase):
     def test_rules_that_ask_for_full_links_change_the_log_alone(self):
         self.write_rules(logFullURLs=True)
         self.assertEqual(self.run_program("https://a/secret").err, FAILED + "https://a/…\n")
-        self.assertIn(f"[INFO] https://a/secret from {SENDER} → Default [Default] via default",
+        self.assertIn("[INFO] https://a/secret from SENDER → Default [Default] via default",
                       self.log_lines())
 
 

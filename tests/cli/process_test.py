@@ -7,7 +7,7 @@ import stat
 import subprocess
 
 from fake_browser import FakeBrowser
-from program_case import LONG, SENDER, ProgramCase, Ran, main
+from program_case import LONG, ProgramCase, Ran, main
 
 OPENED = Ran(0, "", "")
 HANDED_OVER = f"[INFO]   handed to running Chrome (pid {os.getpid()}) over its singleton socket (N ms)"
@@ -50,7 +50,7 @@ class Process(ProgramCase):
         child = self.start(*links)
         child.wait(LONG)
         lines = self.log_lines()
-        self.assertEqual(lines, [f"[INFO] https://a/… from {SENDER} → Home [Default] via default",
+        self.assertEqual(lines, ["[INFO] https://a/… from SENDER → Home [Default] via default",
                                  HANDED_OVER] * 50)
         self.assertEqual(len(browser.messages), 50)
         self.finish(child)
@@ -126,7 +126,7 @@ class Process(ProgramCase):
         self.assertEqual(self.log_lines(), [
             f"[ERROR] cannot create config: cannot create folder {self.rules_file.parent}: File exists",
             f"[ERROR] cannot read {self.rules_file}: open failed: Not a directory; using built-in defaults",
-            f"[INFO] https://a/… from {SENDER} → Home [Default] via default", HANDED_OVER])
+            "[INFO] https://a/… from SENDER → Home [Default] via default", HANDED_OVER])
         self.assertEqual(browser.arguments(), [b"--profile-directory=Default", b"https://a/"])
 
     def test_log_that_cannot_be_written_stops_no_link(self):

@@ -7,6 +7,7 @@ process may be left, and no file outside is written at any time.
 
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -19,8 +20,6 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
 from processes import Processes, shorten, wait_until  # noqa: E402
 
 PROGRAM = Path(os.environ["FERRIVANE"]).resolve()
-# Who has sent the links of these tests, as the program can know it.
-SENDER = os.readlink("/proc/self/exe")
 LONG = 120  # seconds, for what never takes long unless something is broken
 
 
@@ -51,6 +50,7 @@ class ProgramCase(unittest.TestCase):
 
     def tearDown(self):
         try:
+            self.processes.end(self.running_browsers())
             wait_until(lambda: not self.processes.all(), LONG,
                        "end of every process that the test has started")
         finally:
@@ -103,12 +103,15 @@ class ProgramCase(unittest.TestCase):
             return ""
 
     def log_lines(self):
-        """Without their time stamps, and with an elapsed time of "N"."""
+        """Without their time stamps, and with "N" for an elapsed time.
+
+        "SENDER" stands for whoever has started the tests, be it a terminal or a service.
+        """
         lines = []
         for line in self.log().splitlines():
             self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[(INFO|WARN|ERROR)\] ")
-            head, found, tail = line[24:].rpartition(" (")
-            lines.append(head + " (N ms)" if found and tail.endswith(" ms)") else line[24:])
+            line = re.sub(r" \(\d+ ms\)$", " (N ms)", line[24:])
+            lines.append(re.sub(r" from [^→]+ → ", " from SENDER → ", line))
         return lines
 
     # Its surroundings.
@@ -133,22 +136,32 @@ class ProgramCase(unittest.TestCase):
         self.user_data.mkdir(parents=True, exist_ok=True)
         (self.user_data / "Local State").write_text(json.dumps({"profile": {"info_cache": cache}}))
 
-    def install_browser(self, status=0):
-        """A browser that only writes down how it was started, and ends; its path.
+    def install_browser(self, status=0, stays=False):
+        """A browser that writes down how it was started; its path.
 
+        It ends with the status, or stays as the running browser, though one that takes no link.
         Profiles: Home [Default] and Work [Profile 2].
         """
         path = self.root / "apps/chromium"
         path.parent.mkdir(exist_ok=True)
+        end = f"exit {status}"
+        if stays:
+            program = path.with_name("chrome")  # by this name a browser is known
+            shutil.copy(os.environ["STAND_IN_BROWSER"], program)
+            end = f"exec {program} --user-data-dir={self.user_data}"
         path.write_text('#!/bin/sh\n'
                         'part="$0.$$.part"\n'
                         'printf "%s\\0" "$PWD" "${XDG_ACTIVATION_TOKEN-no token}" "$@" >"$part"\n'
                         'mv "$part" "$0.$$.start"\n'
-                        f'exit {status}\n')
+                        f'{end}\n')
         path.chmod(0o755)
         self.write_entry("chromium", f"{path} %U")
         self.write_profiles(Default={"name": "Home"}, Profile_2={"name": "Work"})
         return path
+
+    def running_browsers(self):
+        """The pids of installed browsers that stay."""
+        return self.processes.running(self.root / "apps/chrome")
 
     def starts_of_browser(self):
         """What each start of the installed browser was given, in the order of their ends."""

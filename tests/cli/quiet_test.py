@@ -5,7 +5,7 @@ import re
 import socket
 
 from fake_browser import FakeBrowser
-from program_case import ProgramCase, Ran, main
+from program_case import LONG, ProgramCase, Ran, main, wait_until
 
 OPENED = Ran(0, "", "")
 DESKTOP = re.compile(r"lib(Qt|gio|glib|gobject|gmodule|xcb|X11|wayland|dbus)|ferrivane-desktop")
@@ -33,14 +33,16 @@ class Quiet(ProgramCase):
         self.addCleanup(browser.close)
         return browser
 
-    def traced(self, *arguments, expected=OPENED, env=None):
+    def traced(self, *arguments, expected=OPENED, env=None, meanwhile=lambda: None):
         """The system calls, each behind the number of its process."""
         trace = self.root / "trace"
         calls = "trace=%file,%network,execve,write"
-        ran = self.run_program(
+        child = self.start(
             *arguments, before=["strace", "-f", "-qq", "-s", "4096", "-e", "signal=none", "-e", calls,
                                 "-o", trace],
             env={**self.desktop, "ASAN_OPTIONS": "detect_leaks=0", **(env or {})})
+        meanwhile()
+        ran = self.finish(child)
         if expected is not None:
             self.assertEqual(ran, expected)
         lines = trace.read_text(errors="surrogateescape").splitlines()
@@ -77,10 +79,17 @@ class Quiet(ProgramCase):
         self.assertTrue(any("ferrivane-desktop" in line for line in lines))
 
     def test_cold_launch_is_quiet_until_the_caller_is_let_go(self):
-        lines = self.traced("https://a/")
-        self.assert_quiet(self.until_release(lines))
-        self.assertEqual(self.connections(lines), set())
-        self.assertEqual(len(self.starts_of_browser()), 1)
+        self.install_browser(stays=True)
+        pids = []
+
+        def end_browser():  # for the trace ends only with the last process
+            wait_until(lambda: " launched Chrome (pid " in self.log(), LONG, "outcome in the log")
+            pids.extend(self.running_browsers())
+            self.processes.end(pids)
+
+        lines = self.until_release(self.traced("https://a/", meanwhile=end_browser))
+        self.assert_quiet(lines)
+        self.assertEqual(self.connections(lines), {str(self.user_data / f"s{pids[0]}/SingletonSocket")})
 
     def test_failure_is_quiet(self):
         self.entry.unlink()

@@ -5,11 +5,10 @@ import os
 import re
 
 from fake_browser import FakeBrowser
-from program_case import SENDER, ProgramCase, Ran, main
+from program_case import ProgramCase, Ran, main
 
 OPENED = Ran(0, "", "")
 FAILED = "Couldn't open the link in Google Chrome: {}\nhttps://a/…\n"
-LAUNCHED = re.compile(r"\[INFO\]   launched Chrome \(pid [1-9]\d*\) \(N ms\)")
 DEFAULT = b"--profile-directory=Default"
 
 
@@ -24,49 +23,65 @@ class Start(ProgramCase):
         browser = FakeBrowser(self.user_data, self.root / "s", answer=b"SHUTDOWN")
         self.addCleanup(browser.close)
 
-    def test_cold_launch(self):
-        self.assertEqual(self.run_program("https://work.example/a b", cwd=self.root), OPENED)
+    def assert_launched(self, *arguments):
+        """The browser was started once, with these arguments, and is what the log says that it is."""
         start, = self.starts_of_browser()
-        self.assertEqual(start, ("/", "no token",
-                                 [b"--profile-directory=Profile 2", b"https://work.example/a b"]))
-        lines = self.log_lines()
-        self.assertEqual(lines[:-1], [
-            f'[INFO] https://work.example/… from {SENDER} → Work [Profile 2] via rule #1 '
+        self.assertEqual(start.arguments, list(arguments))
+        browser, = self.running_browsers()
+        self.assertEqual(self.log_lines()[-1], f"[INFO]   launched Chrome (pid {browser}) (N ms)")
+        return start
+
+    def test_cold_launch(self):
+        self.install_browser(stays=True)
+        self.assertEqual(self.run_program("https://work.example/a b", cwd=self.root), OPENED)
+        start = self.assert_launched(b"--profile-directory=Profile 2", b"https://work.example/a b")
+        self.assertEqual((start.folder, start.token), ("/", "no token"))
+        self.assertEqual(self.log_lines()[:-1], [
+            '[INFO] https://work.example/… from SENDER → Work [Profile 2] via rule #1 '
             '(host "work.example")'])
-        self.assertRegex(lines[-1], LAUNCHED)
 
     def test_links_left_behind_by_a_browser_that_crashed_are_a_cold_launch(self):
         FakeBrowser(self.user_data, self.root / "s").close()
+        self.install_browser(stays=True)
         self.assertEqual(self.run_program("https://a/"), OPENED)
-        self.assertRegex(self.log_lines()[-1], LAUNCHED)
-
-    def test_each_of_several_links_is_a_start_of_its_own(self):
-        self.assertEqual(self.run_program("https://b/", "https://a/"), OPENED)
-        self.assertEqual([start.arguments for start in self.starts_of_browser()],
-                         [[DEFAULT, b"https://b/"], [DEFAULT, b"https://a/"]])
+        self.assert_launched(DEFAULT, b"https://a/")
 
     def test_switches_of_the_entry_come_first(self):
+        self.install_browser(stays=True)
         self.write_entry("chromium", f'env A=1 {self.chromium} --first "--second=x y" %U')
         self.assertEqual(self.run_program("https://a/"), OPENED)
-        self.assertEqual(self.starts_of_browser()[0].arguments,
-                         [b"--first", b"--second=x y", DEFAULT, b"https://a/"])
+        self.assert_launched(b"--first", b"--second=x y", DEFAULT, b"https://a/")
 
-    def test_token_goes_into_the_environment_of_the_first_start(self):
-        for refuses in (False, True):
-            if refuses:
-                self.start_browser_that_refuses()
-            with self.subTest("relay" if refuses else "cold launch"):
-                self.run_program("https://a/", "https://b/", env={"XDG_ACTIVATION_TOKEN": "to ken"})
-                self.assertEqual([start[1:] for start in self.starts_of_browser()[-2:]],
-                                 [("to ken", [DEFAULT, b"https://a/"]),
-                                  ("no token", [DEFAULT, b"https://b/"])])
+    def test_any_byte_is_passed_on_to_a_cold_launch(self):
+        self.install_browser(stays=True)
+        link = b"https://a/\n\xff\xc3(" + "\u202e\u2066".encode() + b"\"'`$(touch x)\\;&|*"
+        self.assertEqual(self.run_program(link), OPENED)
+        self.assert_launched(DEFAULT, link)
 
-    def test_any_byte_is_passed_on_as_it_is(self):
+    def test_longest_operand_is_passed_on_to_a_cold_launch(self):
+        self.install_browser(stays=True)
+        link = b"https://a/".ljust(131071, b"x")
+        self.assertEqual(self.run_program(link), OPENED)
+        self.assert_launched(DEFAULT, link)
+
+    def test_any_byte_is_passed_on_to_a_relay(self):
+        self.start_browser_that_refuses()
         links = [b"https://a/\n", b"https://a/\xff\xc3(", "https://a/\u202e\u2066".encode(),
-                 b"https://a/\"'`$(touch x)\\;&|*", b"https://a/" + b"x" * (131071 - 10)]
+                 b"https://a/\"'`$(touch x)\\;&|*", b"https://a/".ljust(131071, b"x")]
         self.assertEqual(self.run_program(*links), OPENED)
         self.assertEqual([start.arguments for start in self.starts_of_browser()],
                          [[DEFAULT, link] for link in links])
+
+    def test_token_goes_into_the_environment_of_a_cold_launch(self):
+        self.install_browser(stays=True)
+        self.run_program("https://a/", env={"XDG_ACTIVATION_TOKEN": "to ken"})
+        self.assertEqual(self.assert_launched(DEFAULT, b"https://a/").token, "to ken")
+
+    def test_token_goes_into_the_environment_of_the_first_relay_alone(self):
+        self.start_browser_that_refuses()
+        self.run_program("https://a/", "https://b/", env={"XDG_ACTIVATION_TOKEN": "to ken"})
+        self.assertEqual([start[1:] for start in self.starts_of_browser()],
+                         [("to ken", [DEFAULT, b"https://a/"]), ("no token", [DEFAULT, b"https://b/"])])
 
     def test_browser_that_fails_at_its_start_opens_nothing(self):
         self.install_browser(status=3)
@@ -116,6 +131,7 @@ class Start(ProgramCase):
         self.assertEqual(self.starts_of_browser(), [])
 
     def test_the_callers_files_and_streams_do_not_reach_the_browser(self):
+        self.start_browser_that_refuses()
         self.chromium.write_text('#!/bin/sh\nls -l /proc/$$/fd >"$0.part"; mv "$0.part" "$0.files"\n')
         reading, writing = os.pipe()
         with open(self.root / "secret", "w") as secret:

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "core/ChromeSingleton.h"
@@ -77,6 +78,19 @@ TEST(SingletonFaults, AnInterruptedCallIsGivenUpOnlyAfterTheTimeout) {
                                                  : "Chrome did not answer");
         EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(900));
     }
+}
+
+TEST(SingletonFaults, WithoutATimeoutItIsNeverGivenUp) {
+    const test::TempDir dir;
+    const FakeChrome chrome(dir.path());
+    const test::Child child([&] {
+        test::refuse(Call::read, EINTR);
+        (void)notify(chrome, 0);
+        return 0;
+    });
+    ASSERT_TRUE(chrome.waitForMessages(1));
+    std::this_thread::sleep_for(milliseconds(100));
+    EXPECT_EQ(::waitpid(child.pid(), nullptr, WNOHANG), 0) << "still trying";
 }
 
 TEST(SingletonFaults, AListenerOfAnotherUserIsNotTrusted) {

@@ -51,13 +51,13 @@ TEST_F(SingletonNotify, SendsTheMessageAndReturnsOnAck) {
 }
 
 TEST_F(SingletonNotify, SendsTheWorkingDirectoryAsItIs) {
-    std::filesystem::create_directory(dir / "für \xFF");
+    std::filesystem::create_directory(dir / "für  😀");
     EXPECT_EQ(test::inChild([&] {
-                  std::filesystem::current_path(dir / "für \xFF");
+                  std::filesystem::current_path(dir / "für  😀");
                   return notify();
               }),
               "ok");
-    EXPECT_EQ(chrome.messages().at(0).currentDirectory, dir / "für \xFF");
+    EXPECT_EQ(chrome.messages().at(0).currentDirectory, dir / "für  😀");
     EXPECT_EQ(test::inChild([&] {
                   std::filesystem::create_directory(dir / "gone");
                   std::filesystem::current_path(dir / "gone");
@@ -182,12 +182,13 @@ TEST_F(SingletonNotify, LessThanASecondIsNoLimit) {
 
 TEST_F(SingletonNotify, TheLongestTimeoutIsOne) {
     EXPECT_EQ(notify(9.2e18), "ok");
+    EXPECT_EQ(notify(-9223372036854775808.0), "ok") << "the smallest, which is no limit";
 }
 
 TEST_F(SingletonNotify, ATimeoutThatIsNoTimeStopsTheProcess) {
     for (const double timeout :
          {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
-          -std::numeric_limits<double>::infinity(), 9.3e18, -9.3e18}) {
+          -std::numeric_limits<double>::infinity(), 9223372036854775808.0, -9.3e18}) {
         EXPECT_EQ(test::inChild([&] { return notify(timeout); }),
                   "ended by signal " + std::to_string(SIGABRT))
             << timeout;

@@ -126,6 +126,8 @@ TEST(UrlGeneric, EveryOtherTextIsReadAsItStands) {
         {"colon in the path", "./a:b", "- -"},
         {"web-like scheme", "httpsx://a.b", "httpsx a.b"},
         {"scheme in capitals", "FTP://a.b", "FTP a.b"},
+        {"first and last letters", "azAZ://azAZ09/az/AZ", "azAZ azAZ09"},
+        {"all digits of an encoding", "ftp://h/%a0%f9%AF%09", "ftp h"},
     });
 }
 
@@ -141,7 +143,8 @@ TEST(UrlGeneric, WhatIsNotAUrl) {
         {"NUL", "ftp://a.b/\0"sv, "no URL"},
         {"percent sign alone", "ftp://a.b/%", "no URL"},
         {"half an encoding", "ftp://a.b/%4", "no URL"},
-        {"wrong encoding", "ftp://a.b/%4g", "no URL"},
+        {"wrong second digit", "ftp://a.b/%4g", "no URL"},
+        {"wrong first digit", "ftp://a.b/%g4", "no URL"},
         {"leading blank", " mailto:a", "no URL"},
         {"no scheme before the colon", ":a", "no URL"},
         {"scheme that begins with a digit", "1a:b", "no URL"},

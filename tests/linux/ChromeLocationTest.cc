@@ -165,6 +165,18 @@ TEST_F(ChromeLocationTest, UserDataDirectory) {
          "--user-data-dir /s",
          {},
          "/home/ada/.config/google-chrome"},
+        {"its own folder by an assignment",
+         "env CHROME_USER_DATA_DIR=/e " + chrome,
+         {{"CHROME_USER_DATA_DIR", "/u"}},
+         "/e"},
+        {"the configuration folder by an assignment",
+         "env A=b XDG_CONFIG_HOME=/e " + chrome,
+         {{"XDG_CONFIG_HOME", "/c"}},
+         "/e/google-chrome"},
+        {"an assignment of less importance",
+         "env XDG_CONFIG_HOME=/e " + chrome,
+         {{"CHROME_CONFIG_HOME", "/cc"}},
+         "/cc/google-chrome"},
         {"a switch with a similar name",
          "--user-data-dir-x=/s",
          {},
@@ -172,7 +184,8 @@ TEST_F(ChromeLocationTest, UserDataDirectory) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        install("google-chrome", chrome + " " + row.exec);
+        const bool isWhole = row.exec.find(chrome) != std::string::npos;
+        install("google-chrome", isWhole ? row.exec : chrome + " " + row.exec);
         environment = row.environment;
         EXPECT_EQ(locate()->userDataDirectory, row.directory);
     }

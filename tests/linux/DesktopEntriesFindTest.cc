@@ -196,14 +196,14 @@ TEST_F(DesktopEntriesFind, TheUsersEntryStandsForTheSystems) {
 }
 
 TEST_F(DesktopEntriesFind, AFolderThatMayNotBeReadIsPassedOver) {
-    std::filesystem::permissions(dir.path(), static_cast<std::filesystem::perms>(0755));
+    std::filesystem::permissions(dir.path(), test::kForEverybody);
     for (const char* name : {"a", "b", "y", "z"})
         std::filesystem::create_directories(shared / name);
     writeEntry(shared / "m/chat.desktop", "Chat", exec("chat"));
     for (const char* name : {"a", "b", "y", "z"}) {
         std::filesystem::permissions(shared / name, std::filesystem::perms::none);
     }
-    std::filesystem::permissions(programs / "chat", static_cast<std::filesystem::perms>(0755));
+    std::filesystem::permissions(programs / "chat", test::kForEverybody);
     EXPECT_EQ(test::inChild([&] {
                   test::becomeUnprivileged();
                   return findByProgram(programs / "chat");

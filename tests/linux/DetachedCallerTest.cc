@@ -162,6 +162,7 @@ TEST_F(DetachedCallerTest, ACallerThatStoppedReadingDoesNotEndTheWork) {
 }
 
 TEST_F(DetachedCallerTest, WhatIsStillInABufferIsWrittenOnce) {
+    std::fflush(stdout);
     Pipe output;
     test::Child process([&] {
         output.reading.reset();

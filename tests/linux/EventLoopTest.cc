@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "Ferrivane/linux/EventLoop.h"
 #include "tests/linux/Program.h"
+#include "tests/support/Child.h"
 #include "tests/support/Files.h"
 
 namespace ferrivane {
@@ -166,6 +168,18 @@ TEST_F(EventLoopTest, NoDescriptorIsLeft) {
     for (int i = 0; i < 5; ++i) loop.watchChild(endingWith(i), noteStatus("child"));
     loop.runUntilIdle();
     EXPECT_EQ(test::openDescriptors(), before);
+}
+
+TEST_F(EventLoopTest, WithoutAnyDescriptorLeftItWaitsAllTheSame) {
+    EXPECT_EQ(test::inChild([&] {
+                  const pid_t child = endingWith(6);
+                  const rlimit none{};
+                  ::setrlimit(RLIMIT_NOFILE, &none);
+                  loop.watchChild(child, noteStatus("child"));
+                  loop.runUntilIdle();
+                  return happened.empty() ? "" : happened.front();
+              }),
+              "child 6");
 }
 
 TEST_F(EventLoopTest, SignalsDoNotDisturbIt) {

@@ -99,7 +99,7 @@ TEST(Frontmost, OpeningToActivateOnlySucceeds) {
 TEST_F(FrontmostTest, TheActiveWindowAndBringingTheLowerOneUp) {
     const WindowManager manager(display);
     ASSERT_TRUE(manager.isThere()) << "openbox does not run";
-    EXPECT_EQ(front(), "unknown") << "no window at all";
+    EXPECT_TRUE(becomesFront("-|-")) << "no window at all, which is known: " << front();
 
     Program lower({WINDOW_STAND_IN, "Lower"}, display.variables());
     ASSERT_EQ(lower.readLine(), "shown");
@@ -144,6 +144,16 @@ TEST_F(FrontmostTest, TheNameIsThatOfTheApplication) {
     ASSERT_EQ(anonymous.readLine(), "shown");
     EXPECT_TRUE(becomesFront("-|Nameless")) << front();
     EXPECT_EQ(activate(anonymous.pid()), "not asked");
+}
+
+TEST_F(FrontmostTest, AProgramIsNotNamedAfterWhoStartedIt) {
+    const WindowManager manager(display);
+    ASSERT_TRUE(manager.isThere()) << "openbox does not run";
+    const std::string terminal = test::copyProgram(SENDER, dir / "bin/terminal");
+    test::writeEntry(dir / "applications/org.example.Terminal.desktop", "Terminal", terminal);
+    Program window({terminal, WINDOW_STAND_IN, "Tool"}, display.variables());
+    ASSERT_EQ(window.readLine(), "shown");
+    EXPECT_TRUE(test::waitUntil([&] { return front().ends_with("|Tool"); })) << front();
 }
 
 TEST_F(FrontmostTest, WithoutAWindowManagerItIsUnknown) {

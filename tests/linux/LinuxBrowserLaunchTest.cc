@@ -14,7 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using Words = std::vector<std::string>;
 using Outcome = std::expected<pid_t, PlatformError>;
 
@@ -39,7 +38,7 @@ class LinuxBrowserLaunch : public ::testing::Test {
         std::optional<Outcome> outcome;
         browser.launch(location->entry, arguments, [&](Outcome result) {
             EXPECT_FALSE(outcome) << "completed twice";
-            EXPECT_TRUE(started.empty()) << "not before the outcome was told";
+            EXPECT_TRUE(started.empty()) << "the outcome is told first";
             outcome = std::move(result);
         });
         loop.runUntilIdle();
@@ -100,31 +99,49 @@ TEST_F(LinuxBrowserLaunch, AnEarlyEnd) {
     const struct {
         const char* name;
         Words switches;
-        std::string error;  // empty: success
+        std::string error;
     } rows[] = {
         {"a failure", {"--exit=1"}, ended(1)},
         {"a failure after a while", {"--sleep=100", "--exit=21"}, ended(21)},
         {"a signal", {"--signal=" + std::to_string(SIGKILL)}, ended(128 + SIGKILL)},
-        {"it handed over to a running browser", {"--exit=0"}, ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        started.clear();
         const auto outcome = launch({chromium}, {.switches = row.switches, .activationToken = {}});
-        EXPECT_EQ(outcome ? "" : outcome.error().text, row.error);
-        EXPECT_EQ(started.size(), row.error.empty() ? 1U : 0U);
-        EXPECT_GT(outcome.value_or(1), 0);
+        EXPECT_EQ(outcome ? "started" : outcome.error().text, row.error);
+        EXPECT_TRUE(started.empty());
     }
+}
+
+TEST_F(LinuxBrowserLaunch, AWrapperThatLeavesTheBrowserBehind) {
+    const auto wrapper =
+        test::writeScript(dir / "wrapper", "#!/bin/sh\n'" + chromium.string() + "' --sleep=100 " +
+                                               listening() + " \"$@\" &\n");
+    const auto outcome = launch({wrapper});
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(Processes::executable(*outcome), chromium);
+    EXPECT_EQ(browser.running(), *outcome) << "not before it listens";
+    EXPECT_EQ(started, std::vector{*outcome});
+}
+
+TEST_F(LinuxBrowserLaunch, AContainersBrowserIsNotSeenToBeReady) {
+    location->isContained = true;
+    EXPECT_EQ(launch({chromium, "--exit=0"}), 0) << "its process is not known";
+    EXPECT_TRUE(started.empty());
 }
 
 // The one test that takes its time.
 TEST_F(LinuxBrowserLaunch, ABrowserThatNeverListensCountsAsStartedAfterFiveSeconds) {
     const auto before = loop.now();
+    std::optional<Outcome> leftBehind;
+    location->command = {chromium, "--exit=0"};
+    browser.launch(location->entry, {}, [&](Outcome outcome) { leftBehind = std::move(outcome); });
     const auto outcome = launch({chromium, "--sleep=600000"});
+    EXPECT_GE(loop.now() - before, 5s);
     ASSERT_TRUE(outcome);
     EXPECT_EQ(Processes::executable(*outcome), chromium);
-    EXPECT_GE(loop.now() - before, 5s);
     EXPECT_EQ(started, std::vector{*outcome});
+    EXPECT_EQ(leftBehind, Outcome(0)) << "a process that has ended well is nobody's";
     ::kill(*outcome, SIGKILL);
 }
 
@@ -219,15 +236,23 @@ TEST_F(LinuxBrowserLaunch, AContainersRelayIsItsExecLine) {
 }
 
 TEST_F(LinuxBrowserLaunch, AnAbandonedRelayGoesOnAlone) {
-    const auto relay =
-        browser.startRelay(chromium, {.switches = {listening()}, .activationToken = {}},
-                           [](int) { ADD_FAILURE() << "completed"; });
-    ASSERT_TRUE(relay);
-    const auto isListening = [&] { return browser.running() == *relay; };
-    EXPECT_TRUE(test::waitUntil(isListening));
-    browser.abandonRelay(*relay);
-    loop.runUntilIdle();
-    EXPECT_TRUE(isListening());
+    for (const bool becomesTheBrowser : {false, true}) {
+        SCOPED_TRACE(becomesTheBrowser);
+        const auto relay =
+            browser.startRelay(chromium,
+                               {.switches = {becomesTheBrowser ? listening() : "--sleep=600000"},
+                                .activationToken = {}},
+                               [](int) { ADD_FAILURE() << "completed"; });
+        ASSERT_TRUE(relay);
+        if (becomesTheBrowser) {
+            EXPECT_TRUE(test::waitUntil([&] { return browser.running() == *relay; }));
+        }
+        browser.abandonRelay(*relay);
+        loop.runUntilIdle();
+        EXPECT_FALSE(test::isGone(*relay));
+        EXPECT_EQ(started, becomesTheBrowser ? std::vector{*relay} : std::vector<pid_t>());
+        ::kill(*relay, SIGKILL);
+    }
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ TEST_F(LinuxBrowserRunning, TheListenerOfTheSocket) {
 
 TEST_F(LinuxBrowserRunning, TheListenerIsAnotherProcess) {
     const test::Child child([&] {
-        FakeChrome chrome(dir.path());
+        const FakeChrome chrome(dir.path());
         return ::pause();
     });
     EXPECT_TRUE(test::waitUntil([&] { return browser.running() == child.pid(); }));
@@ -158,7 +158,7 @@ TEST_F(LinuxBrowserRunning, AZombieDoesNotRun) {
 TEST_F(LinuxBrowserRunning, AnotherUsersProcessDoesNotCount) {
     if (::getuid() != 0) return;  // nobody else is told which program it runs
     for (const auto& folder : {dir.path(), chromium.parent_path()}) {
-        std::filesystem::permissions(folder, static_cast<std::filesystem::perms>(0755));
+        std::filesystem::permissions(folder, test::kForEverybody);
     }
     std::filesystem::remove(chromium);
     copyProgram("/bin/sleep", chromium);

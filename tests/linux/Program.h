@@ -54,6 +54,12 @@ std::filesystem::path copyProgram(const std::filesystem::path& program,
 // A text file that may be executed.
 std::filesystem::path writeScript(const std::filesystem::path& file, std::string_view text);
 
+// The mode of what programs of other users may read and run.
+inline constexpr auto kForEverybody =
+    std::filesystem::perms::owner_all | std::filesystem::perms::group_read |
+    std::filesystem::perms::group_exec | std::filesystem::perms::others_read |
+    std::filesystem::perms::others_exec;
+
 // Waits until `condition` holds; false when it does not come true within the limit, which is for
 // failures only.
 bool waitUntil(const std::function<bool()>& condition,

@@ -45,6 +45,16 @@ class SendersProcesses : public ::testing::Test {
     const std::string tool = "-|-|" + (dir / "bin/tool").string();
 };
 
+TEST_F(SendersProcesses, WhereThisProcessComesFrom) {
+    const test::ScopedVariable none("DESKTOP_STARTUP_ID", std::nullopt);
+    const auto origin = Senders::ownOrigin();
+    EXPECT_EQ(origin.sender, ::getppid());
+    EXPECT_EQ(origin.controlGroup, Processes::controlGroup(::getpid()));
+    EXPECT_EQ(origin.startupId, "");
+    const test::ScopedVariable some("DESKTOP_STARTUP_ID", "chat-1-host-0_TIME1");
+    EXPECT_EQ(Senders::ownOrigin().startupId, "chat-1-host-0_TIME1");
+}
+
 TEST_F(SendersProcesses, NoProcess) {
     for (const pid_t process : {0, 1, -1, 2147483647}) EXPECT_EQ(opener(process), "nobody");
 }

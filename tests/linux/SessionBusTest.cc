@@ -1,5 +1,6 @@
 // The session bus, with a private one.
 #include <cstring>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -42,6 +43,29 @@ class SessionBus : public ::testing::Test {
     }
     static std::string owner(const char* name, const Variables& variables) {
         return outputOf({ADAPTER_PROBE, "owner", name}, variables);
+    }
+
+    // What the desktop's library runs when it finds no bus leaves a mark.
+    std::string pathWithBusLauncher() const {
+        test::writeScript(dir / "bin/dbus-launch",
+                          "#!/bin/sh\ntouch '" + (dir / "launched").string() + "'\n");
+        return (dir / "bin").string() + ":/usr/bin:/bin";
+    }
+
+    // A socket that takes connections and says nothing, in the bus's place.
+    FileDescriptor listenSilently() const {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = dir / "bus";
+        std::memcpy(address.sun_path, path.data(), path.size());
+        FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        if (!socket ||
+            ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
+                0 ||
+            ::listen(socket.get(), 5) != 0) {
+            throw std::runtime_error(path);
+        }
+        return socket;
     }
 
     const test::TempDir dir;
@@ -87,26 +111,28 @@ TEST_F(SessionBusThatRuns, TheBusInTheRuntimeFolder) {
               std::to_string(peer.pid()) + "\n");
 }
 
-TEST_F(SessionBusThatRuns, AProcessMovesToAScopeOfItsOwnWhereSystemdRuns) {
+TEST_F(SessionBusThatRuns, ASessionMovesToAScopeOfItsOwnWhereSystemdRuns) {
+    Program session({"setsid", SENDER, "sh", "-c", "echo $$; exec cat"});
+    const std::string leader = std::to_string(session.pid());
+    const std::string member = session.readLine();
     std::filesystem::create_directories(dir / "systemd");
     const Variables variables{{"DBUS_SESSION_BUS_ADDRESS", address},
                               {"XDG_RUNTIME_DIR", dir.path().string()}};
-    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", "4711"}, variables), "asked\n") << "no systemd";
+    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", leader}, variables), "asked\n") << "no systemd";
     test::writeText(dir / "systemd/private", "");
-    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", "4711"}, variables), "asked\n") << "not on the bus";
+    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", leader}, variables), "asked\n") << "not on the bus";
     Program systemd({BUS_STAND_IN, "org.freedesktop.systemd1"}, bus(address));
     ASSERT_EQ(systemd.readLine(), "owned");
-    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", "4711"}, variables), "asked\n");
-    EXPECT_EQ(systemd.readLine(),
-              "StartTransientUnit ('app-ferrivane-chrome-4711.scope', 'fail', "
-              "[('PIDs', <[uint32 4711]>), ('Slice', <'app.slice'>)], @a(sa(sv)) [])");
+    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", leader}, variables), "asked\n");
+    EXPECT_EQ(systemd.readLine(), "StartTransientUnit ('app-ferrivane-chrome-" + leader +
+                                      ".scope', 'fail', [('PIDs', <[uint32 " + leader + ", " +
+                                      member + "]>), ('Slice', <'app.slice'>)], @a(sa(sv)) [])");
+    session.end();
+    EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", leader}, variables), "asked\n") << "it is gone";
 }
 
 TEST_F(SessionBus, WithoutABusNoneIsStarted) {
-    // What the desktop's library runs when it finds no bus.
-    test::writeScript(dir / "bin/dbus-launch",
-                      "#!/bin/sh\ntouch '" + (dir / "launched").string() + "'\n");
-    const std::string path = (dir / "bin").string() + ":" + ::getenv("PATH");
+    const std::string path = pathWithBusLauncher();
     test::writeText(dir / "file", "");
     const struct {
         const char* name;
@@ -135,23 +161,21 @@ TEST_F(SessionBus, WithoutABusNoneIsStarted) {
     }
 }
 
+TEST_F(SessionBus, ABusThatNeverAnswersDoesNotHoldUsUp) {
+    const auto silent = listenSilently();
+    EXPECT_EQ(owner("org.example.Name", bus("unix:path=" + (dir / "bus").string())), "nobody\n");
+}
+
 TEST_F(SessionBus, ASocketOfAnotherUserInTheRuntimeFolderIsNoBus) {
     if (::getuid() != 0) return;  // nobody else can make one
-    test::writeScript(dir / "bin/dbus-launch",
-                      "#!/bin/sh\ntouch '" + (dir / "launched").string() + "'\n");
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const std::string path = dir / "bus";
-    std::memcpy(address.sun_path, path.data(), path.size());
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    const std::string searchPath = pathWithBusLauncher();
+    const auto silent = listenSilently();
     constexpr uid_t kNobody = 65534;
-    ASSERT_EQ(::chown(path.c_str(), kNobody, static_cast<gid_t>(-1)), 0);
-    EXPECT_EQ(
-        owner("org.example.Name", {{"XDG_RUNTIME_DIR", dir.path().string()},
-                                   {"DISPLAY", ":65535"},
-                                   {"PATH", (dir / "bin").string() + ":" + ::getenv("PATH")}}),
-        "nobody\n");
+    ASSERT_EQ(::chown((dir / "bus").c_str(), kNobody, static_cast<gid_t>(-1)), 0);
+    EXPECT_EQ(owner("org.example.Name", {{"XDG_RUNTIME_DIR", dir.path().string()},
+                                         {"DISPLAY", ":65535"},
+                                         {"PATH", searchPath}}),
+              "nobody\n");
     EXPECT_FALSE(std::filesystem::exists(dir / "launched"));
 }
 

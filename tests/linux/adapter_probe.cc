@@ -76,6 +76,6 @@ int main(int count, char** values) {
     } else {
         return 2;
     }
-    std::cout << std::endl;
+    std::cout << '\n';
     return 0;
 }

@@ -85,8 +85,11 @@ void listenIn(const fs::path& folder, const std::string& socketLater) {
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.data(), path.size());
     const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    ::listen(listener, 5);
+    if (listener < 0 ||
+        ::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(listener, 5) != 0) {
+        return;
+    }
     makeLink("4711", socketFolder / "SingletonCookie");
     makeLink("4711", folder / "SingletonCookie");
     makeLink(path, folder / "SingletonSocket");

@@ -19,12 +19,14 @@ std::string shown(const Browser::Arguments& arguments) {
 
 std::vector<std::string> CallList::texts() const {
     std::vector<std::string> result;
+    result.reserve(calls_.size());
     for (const auto& [time, text] : calls_) result.push_back(text);
     return result;
 }
 
 std::vector<std::string> CallList::timedTexts() const {
     std::vector<std::string> result;
+    result.reserve(calls_.size());
     for (const auto& [time, text] : calls_) {
         result.push_back(std::to_string(duration_cast<milliseconds>(time).count()) +
                          " ms: " + text);

@@ -19,7 +19,7 @@ class TempDir {
         if (::mkdtemp(name.data()) == nullptr) {
             throw std::system_error(errno, std::generic_category(), name);
         }
-        path_ = name;
+        path_ = std::filesystem::canonical(name);  // on macOS /tmp is a link
     }
     ~TempDir() {
         std::error_code ignored;

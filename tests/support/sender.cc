@@ -1,11 +1,11 @@
 // Runs its arguments as a child process and ends with the child's exit status. Copies of it, each
 // with a desktop entry of its own, play the applications that a link comes from.
-#include <spawn.h>
-#include <sys/wait.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+
+#include <spawn.h>
+#include <sys/wait.h>
 
 extern char** environ;
 
@@ -17,7 +17,8 @@ int main(int argc, char** argv) {
     pid_t child = -1;
     const int failure = ::posix_spawnp(&child, argv[1], nullptr, nullptr, argv + 1, environ);
     if (failure != 0) {
-        std::fprintf(stderr, "%s: %s\n", argv[1], std::strerror(failure));  // NOLINT(concurrency-mt-unsafe)
+        std::fprintf(stderr, "%s: %s\n", argv[1],
+                     std::strerror(failure));  // NOLINT(concurrency-mt-unsafe)
         return 127;
     }
     int status = 0;

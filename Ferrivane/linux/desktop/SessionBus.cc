@@ -8,6 +8,7 @@
 #include <stop_token>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -50,7 +51,23 @@ GDBusConnection* connectInTime() {
 GDBusConnection* connection() {
     if (!hasBus()) return nullptr;
     static const ObjectPointer<GDBusConnection> bus(connectInTime());
+    // The end of the bus is not ours.
+    if (bus) g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     return bus.get();
+}
+
+// The process that leads a session and those that it has started in it, as far as they are alive.
+std::vector<guint32> sessionOf(pid_t leader) {
+    std::vector<guint32> members;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
+         entry.increment(error)) {
+        const pid_t process = std::atoi(entry->path().filename().c_str());  // NOLINT(cert-err34-c)
+        if (process > 0 && ::getsid(process) == leader) {
+            members.push_back(static_cast<guint32>(process));
+        }
+    }
+    return members;
 }
 
 VariantPointer call(const char* destination, const char* path, const char* interface,
@@ -85,10 +102,10 @@ void moveToOwnScope(pid_t process) {
     const std::string unit = "app-ferrivane-chrome-" + std::to_string(process) + ".scope";
     GVariantBuilder properties;
     g_variant_builder_init(&properties, G_VARIANT_TYPE("a(sv)"));
-    const guint32 pids[] = {static_cast<guint32>(process)};
-    g_variant_builder_add(
-        &properties, "(sv)", "PIDs",
-        g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, pids, 1, sizeof pids[0]));
+    const std::vector<guint32> members = sessionOf(process);
+    g_variant_builder_add(&properties, "(sv)", "PIDs",
+                          g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, members.data(),
+                                                    members.size(), sizeof members[0]));
     g_variant_builder_add(&properties, "(sv)", "Slice", g_variant_new_string("app.slice"));
     call("org.freedesktop.systemd1", "/org/freedesktop/systemd1",
          "org.freedesktop.systemd1.Manager", "StartTransientUnit",

@@ -10,7 +10,8 @@ namespace ferrivane::SessionBus {
 
 std::optional<pid_t> nameOwner(std::string_view name);
 
-// By org.freedesktop.systemd1.Manager.StartTransientUnit; a refusal changes nothing.
+// With the processes of its session. By org.freedesktop.systemd1.Manager.StartTransientUnit; a
+// refusal changes nothing.
 void moveToOwnScope(pid_t process);
 
 }  // namespace ferrivane::SessionBus

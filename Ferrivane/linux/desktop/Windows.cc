@@ -119,6 +119,7 @@ class Server {
         xcb_flush(connection);
         xcb_timestamp_t time = XCB_CURRENT_TIME;
         while (const Reply<xcb_generic_event_t> event{xcb_wait_for_event(connection)}) {
+            if (event->response_type == 0) break;  // an error: no time will come
             if ((event->response_type & 0x7F) != XCB_PROPERTY_NOTIFY) continue;
             time = reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
             break;
@@ -147,7 +148,8 @@ std::optional<DesktopServices::Window> active() {
     const Server server;
     if (!server.isConnected() || !server.hasWindowManager()) return std::nullopt;
     const auto window = server.numbers(server.root(), "_NET_ACTIVE_WINDOW", XCB_ATOM_WINDOW);
-    if (window.empty() || window[0] == XCB_WINDOW_NONE) return std::nullopt;
+    if (window.empty()) return std::nullopt;
+    if (window[0] == XCB_WINDOW_NONE) return DesktopServices::Window();
     return DesktopServices::Window{server.processOf(window[0]),
                                    applicationClass(server, window[0])};
 }

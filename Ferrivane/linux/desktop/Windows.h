@@ -6,7 +6,7 @@
 
 namespace ferrivane::Windows {
 
-// Absent without an X server, without a window manager, or when no window is active.
+// Absent without an X server or a window manager; without a process when no window is active.
 std::optional<DesktopServices::Window> active();
 
 // False when the process has no window. The request carries the server's current time, because
