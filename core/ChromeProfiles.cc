@@ -51,7 +51,9 @@ ChromeProfile profileFrom(std::string_view directory, const object& entry) {
 // Sorts, and of profiles with one directory keeps the last.
 void order(std::vector<ChromeProfile>& profiles) {
     std::ranges::reverse(profiles);
-    std::ranges::stable_sort(profiles, {}, &ChromeProfile::directory);
+    std::stable_sort(
+        profiles.begin(), profiles.end(),
+        [](const ChromeProfile& a, const ChromeProfile& b) { return a.directory < b.directory; });
     const auto repeated = std::ranges::unique(profiles, {}, &ChromeProfile::directory);
     profiles.erase(repeated.begin(), repeated.end());
 }

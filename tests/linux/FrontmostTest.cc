@@ -99,8 +99,6 @@ TEST(Frontmost, OpeningToActivateOnlySucceeds) {
 TEST_F(FrontmostTest, TheActiveWindowAndBringingTheLowerOneUp) {
     const WindowManager manager(display);
     ASSERT_TRUE(manager.isThere()) << "openbox does not run";
-    EXPECT_TRUE(becomesFront("-|-")) << "no window at all, which is known: " << front();
-
     Program lower({WINDOW_STAND_IN, "Lower"}, display.variables());
     ASSERT_EQ(lower.readLine(), "shown");
     EXPECT_TRUE(becomesFront(described(lower, "Lower"))) << front();
@@ -117,6 +115,8 @@ TEST_F(FrontmostTest, TheActiveWindowAndBringingTheLowerOneUp) {
 
     upper.end();
     EXPECT_TRUE(becomesFront(described(lower, "Lower"))) << front();
+    lower.end();
+    EXPECT_TRUE(becomesFront("-|-")) << "no window at all, which is known: " << front();
 }
 
 TEST_F(FrontmostTest, OfAProcessTheTopmostWindow) {
