@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <system_error>
 #include <utility>
 
@@ -152,7 +153,13 @@ void FakeChrome::startAccepting() {
     sigset_t before;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
-    thread_ = std::thread([this] { run(); });
+    // Some tests fork: not while the thread is being made.
+    std::promise<void> isRunning;
+    thread_ = std::thread([this, &isRunning] {
+        isRunning.set_value();
+        run();
+    });
+    isRunning.get_future().wait();
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
