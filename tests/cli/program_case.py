@@ -150,9 +150,10 @@ class ProgramCase(unittest.TestCase):
             shutil.copy(os.environ["STAND_IN_BROWSER"], program)
             end = f"exec {program} --user-data-dir={self.user_data}"
         path.write_text('#!/bin/sh\n'
-                        'part="$0.$$.part"\n'
-                        'printf "%s\\0" "$PWD" "${XDG_ACTIVATION_TOKEN-no token}" "$@" >"$part"\n'
-                        'mv "$part" "$0.$$.start"\n'
+                        'number=0\n'
+                        'while [ -e "$0.$number.start" ]; do number=$((number + 1)); done\n'
+                        'printf "%s\\0" "$PWD" "${XDG_ACTIVATION_TOKEN-no token}" "$@" >"$0.part"\n'
+                        'mv "$0.part" "$0.$number.start"\n'
                         f'{end}\n')
         path.chmod(0o755)
         self.write_entry("chromium", f"{path} %U")
@@ -164,9 +165,9 @@ class ProgramCase(unittest.TestCase):
         return self.processes.running(self.root / "apps/chrome")
 
     def starts_of_browser(self):
-        """What each start of the installed browser was given, in the order of their ends."""
+        """What each start of the installed browser was given, one after another."""
         starts = []
-        for file in sorted(self.root.glob("apps/*.start"), key=lambda path: path.stat().st_mtime_ns):
+        while (file := self.root / f"apps/chromium.{len(starts)}.start").exists():
             folder, token, *arguments = file.read_bytes().split(b"\0")[:-1]
             starts.append(Start(_text(folder), _text(token), arguments))
         return starts

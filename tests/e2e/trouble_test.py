@@ -57,6 +57,8 @@ class Trouble(BrowserCase):
         # The second browser has the same limit. The first one reads what fits and hangs up, and the
         # second one takes that for an answer or for a fault, ends the first one and opens the whole
         # link itself. Which, is the browsers' affair.
+        # Helper processes of one that was killed end a moment later.
+        wait_until(lambda: len(self.desktop.browsers()) == 1, 10, "a single browser")
         now = self.desktop.browser()
         self.assertIn("  launched Chrome (pid {}) (".format(now) if now != pid else
                       f"  handed to running Chrome (pid {pid}); helper exited 0 (", sent.log)
