@@ -47,34 +47,32 @@ TEST_F(ChromeLocationTest, Variants) {
     const std::string config = "/home/ada/.config/";
     const Names googles{"chrome"};
     const Names others{"chromium", "chromium-browser", "chrome"};
+    enum class Package { native, flatpak, snap };
     const struct {
         const char* name;
         const char* id;
-        bool isFlatpak;
         std::filesystem::path userData;
         Names processNames;
-        bool isContained;
+        Package package = Package::native;
     } rows[] = {
-        {"Google Chrome", "google-chrome", false, config + "google-chrome", googles, false},
-        {"Google Chrome by its new name", "com.google.Chrome", false, config + "google-chrome",
-         googles, false},
-        {"Chromium", "chromium", false, config + "chromium", others, false},
-        {"Chromium on other distributions", "chromium-browser", false, config + "chromium", others,
-         false},
-        {"the beta", "google-chrome-beta", false, config + "google-chrome-beta", googles, false},
-        {"the unstable one", "google-chrome-unstable", false, config + "google-chrome-unstable",
-         googles, false},
-        {"Google Chrome as a Flatpak", "com.google.Chrome", true,
-         "/home/ada/.var/app/com.google.Chrome/config/google-chrome", googles, true},
-        {"Chromium as a Flatpak", "org.chromium.Chromium", true,
-         "/home/ada/.var/app/org.chromium.Chromium/config/chromium", others, true},
-        {"Chromium as a Snap", "chromium_chromium", false,
-         "/home/ada/snap/chromium/common/chromium", others, true},
+        {"Google Chrome", "google-chrome", config + "google-chrome", googles},
+        {"Google Chrome by its new name", "com.google.Chrome", config + "google-chrome", googles},
+        {"Chromium", "chromium", config + "chromium", others},
+        {"Chromium on other distributions", "chromium-browser", config + "chromium", others},
+        {"the beta", "google-chrome-beta", config + "google-chrome-beta", googles},
+        {"the unstable one", "google-chrome-unstable", config + "google-chrome-unstable", googles},
+        {"Google Chrome as a Flatpak", "com.google.Chrome",
+         "/home/ada/.var/app/com.google.Chrome/config/google-chrome", googles, Package::flatpak},
+        {"Chromium as a Flatpak", "org.chromium.Chromium",
+         "/home/ada/.var/app/org.chromium.Chromium/config/chromium", others, Package::flatpak},
+        {"Chromium as a Snap", "chromium_chromium", "/home/ada/snap/chromium/common/chromium",
+         others, Package::snap},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
+        const bool isFlatpak = row.package == Package::flatpak;
         std::filesystem::remove_all(folder);
-        if (row.isFlatpak) {
+        if (isFlatpak) {
             installFlatpak(row.id);
         } else {
             install(row.id, "env A=b " + chrome + " --x %U");
@@ -82,13 +80,12 @@ TEST_F(ChromeLocationTest, Variants) {
         const auto found = locate();
         ASSERT_TRUE(found);
         EXPECT_EQ(found->entry, folder / (std::string(row.id) + ".desktop"));
-        EXPECT_EQ(found->executable, row.isFlatpak ? flatpak : chrome);
-        EXPECT_EQ(found->command,
-                  (row.isFlatpak ? Words{flatpak, "run", "--file-forwarding", row.id}
-                                 : Words{"env", "A=b", chrome, "--x"}));
+        EXPECT_EQ(found->executable, isFlatpak ? flatpak : chrome);
+        EXPECT_EQ(found->command, (isFlatpak ? Words{flatpak, "run", "--file-forwarding", row.id}
+                                             : Words{"env", "A=b", chrome, "--x"}));
         EXPECT_EQ(found->userDataDirectory, row.userData);
         EXPECT_EQ(found->processNames, row.processNames);
-        EXPECT_EQ(found->isContained, row.isContained);
+        EXPECT_EQ(found->isContained, row.package != Package::native);
     }
 }
 

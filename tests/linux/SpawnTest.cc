@@ -37,7 +37,7 @@ TEST_F(Spawn, ItHasNothingOfOurs) {
     const std::string report = test::inChild([this] {
         sigset_t all;
         ::sigfillset(&all);
-        ::sigprocmask(SIG_SETMASK, &all, nullptr);
+        ::pthread_sigmask(SIG_SETMASK, &all, nullptr);
         struct sigaction ignore{};
         ignore.sa_handler = SIG_IGN;
         for (const int signal : {SIGCHLD, SIGPIPE, SIGHUP, SIGTERM}) {
