@@ -24,10 +24,16 @@ class CLITest : public AppTest {
         }
     };
 
-    // No rules file yet.
+    // No rules file yet, and none for the next test of this process.
     CLITest() {
         std::filesystem::create_directories(Config::fileURL().parent_path());
-        std::filesystem::remove_all(Config::fileURL());
+        removeOwnRules();
+    }
+    ~CLITest() override { removeOwnRules(); }
+
+    static void removeOwnRules() {
+        std::error_code ignored;
+        std::filesystem::remove(Config::fileURL(), ignored);
     }
 
     // The file that the commands read.

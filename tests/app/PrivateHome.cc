@@ -10,11 +10,12 @@
 namespace ferrivane::test {
 namespace {
 
-std::unique_ptr<TempDir> home;
+std::unique_ptr<TempDir> home;  // goes away with the process
 
 class PrivateHome : public ::testing::Environment {
   public:
     void SetUp() override {
+        if (home) return;  // the tests are being repeated, and some folders are found out once
         home = std::make_unique<TempDir>();
         // NOLINTBEGIN(concurrency-mt-unsafe)
         for (const char* variable : {"XDG_DATA_HOME", "XDG_RUNTIME_DIR", "APP_SANDBOX_CONTAINER_ID",
@@ -26,7 +27,6 @@ class PrivateHome : public ::testing::Environment {
         ::setenv("XDG_STATE_HOME", (*home / "state").c_str(), 1);
         // NOLINTEND(concurrency-mt-unsafe)
     }
-    void TearDown() override { home.reset(); }
 };
 
 // The framework owns it.

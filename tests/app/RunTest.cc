@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "Ferrivane/Run.h"
+#include "core/Config.h"
 #include "core/Log.h"
 #include "tests/app/PrivateHome.h"
 #include "tests/support/Child.h"
@@ -28,6 +29,7 @@ std::string seen(const std::vector<std::string>& arguments) {
         const std::ostringstream err;
         std::cout.rdbuf(out.rdbuf());
         std::cerr.rdbuf(err.rdbuf());
+        std::filesystem::remove(Config::fileURL());
         const int status = run(arguments, fake.platform());
         std::string text;
         for (const std::string& call : fake.calls.of({"caller.", "browser.launch"})) {

@@ -47,13 +47,13 @@ TEST_F(ChromeLocationTest, Variants) {
     const std::string config = "/home/ada/.config/";
     const Names googles{"chrome"};
     const Names others{"chromium", "chromium-browser", "chrome"};
-    enum class Package { native, flatpak, snap };
+    enum class Package { ofTheSystem, asFlatpak, asSnap };
     const struct {
         const char* name;
         const char* id;
         std::filesystem::path userData;
         Names processNames;
-        Package package = Package::native;
+        Package package = Package::ofTheSystem;
     } rows[] = {
         {"Google Chrome", "google-chrome", config + "google-chrome", googles},
         {"Google Chrome by its new name", "com.google.Chrome", config + "google-chrome", googles},
@@ -62,15 +62,15 @@ TEST_F(ChromeLocationTest, Variants) {
         {"the beta", "google-chrome-beta", config + "google-chrome-beta", googles},
         {"the unstable one", "google-chrome-unstable", config + "google-chrome-unstable", googles},
         {"Google Chrome as a Flatpak", "com.google.Chrome",
-         "/home/ada/.var/app/com.google.Chrome/config/google-chrome", googles, Package::flatpak},
+         "/home/ada/.var/app/com.google.Chrome/config/google-chrome", googles, Package::asFlatpak},
         {"Chromium as a Flatpak", "org.chromium.Chromium",
-         "/home/ada/.var/app/org.chromium.Chromium/config/chromium", others, Package::flatpak},
+         "/home/ada/.var/app/org.chromium.Chromium/config/chromium", others, Package::asFlatpak},
         {"Chromium as a Snap", "chromium_chromium", "/home/ada/snap/chromium/common/chromium",
-         others, Package::snap},
+         others, Package::asSnap},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const bool isFlatpak = row.package == Package::flatpak;
+        const bool isFlatpak = row.package == Package::asFlatpak;
         std::filesystem::remove_all(folder);
         if (isFlatpak) {
             installFlatpak(row.id);
@@ -85,7 +85,7 @@ TEST_F(ChromeLocationTest, Variants) {
                                              : Words{"env", "A=b", chrome, "--x"}));
         EXPECT_EQ(found->userDataDirectory, row.userData);
         EXPECT_EQ(found->processNames, row.processNames);
-        EXPECT_EQ(found->isContained, row.package != Package::native);
+        EXPECT_EQ(found->isContained, row.package != Package::ofTheSystem);
     }
 }
 
