@@ -20,12 +20,6 @@ constexpr auto kLockLimit = 10s;
 constexpr auto kRelayInterval = 100ms;
 constexpr auto kRelayLimit = 30s;  // a relay that finds Chrome hung replaces it after about 20 s
 
-bool isRefused(std::string_view url) {
-    constexpr std::string_view kAsciiSpace(" \t\n\v\f\r");
-    const std::size_t start = url.find_first_not_of(kAsciiSpace);
-    return start != std::string_view::npos && url[start] == '-';
-}
-
 bool hasNul(const std::vector<std::string>& argv) {
     return std::ranges::any_of(
         argv, [](const std::string& text) { return text.find('\0') != std::string::npos; });
@@ -207,7 +201,7 @@ void open(const Platform& platform, Log& log, const Request& request,
     std::vector<std::string> texts = arguments(request.url, request.profileDirectory);
     texts.push_back(request.activationToken.value_or(""));
     texts.push_back(std::filesystem::current_path(ignored).string());
-    if (isRefused(request.url) || hasNul(texts)) {
+    if (isSwitch(request.url) || hasNul(texts)) {
         return completion(
             std::unexpected(LaunchError{LaunchError::Kind::malformedURL, request.url}));
     }
@@ -231,6 +225,12 @@ bool sandboxMarkerPresent() {
 bool isSandboxed() {
     static const bool sandboxed = sandboxMarkerPresent();
     return sandboxed;
+}
+
+bool isSwitch(std::string_view url) {
+    constexpr std::string_view kAsciiSpace(" \t\n\v\f\r");
+    const std::size_t start = url.find_first_not_of(kAsciiSpace);
+    return start != std::string_view::npos && url[start] == '-';
 }
 
 std::vector<std::string> arguments(const std::string& url,

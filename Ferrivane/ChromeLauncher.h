@@ -45,8 +45,8 @@ using Outcome = std::expected<std::string, LaunchError>;
 
 // The completion is called exactly once, on the main thread, possibly before this returns.
 //
-// A text that Chrome would take for a switch ("-" behind ASCII white space), or with a NUL in it,
-// is refused as no URL on every route: whoever can hand us a text could otherwise run a command.
+// A text that Chrome would take for a switch, or with a NUL in it, is refused as no URL on every
+// route: whoever can hand us a text could otherwise run a command.
 // Any other text goes to Chrome unchanged.
 void open(const Platform& platform, Log& log, const Request& request,
           std::function<void(Outcome)> completion);
@@ -59,6 +59,9 @@ std::optional<std::filesystem::path> chromeAppURL(
 bool isSandboxed();
 // The same, found out now: the variable APP_SANDBOX_CONTAINER_ID is set, also when it is empty.
 bool sandboxMarkerPresent();
+
+// Whether Chrome would take a link for a switch: "-" behind ASCII white space.
+bool isSwitch(std::string_view url);
 
 // Chrome's switches for one link: the profile's, if any, then the link as it is.
 std::vector<std::string> arguments(const std::string& url,

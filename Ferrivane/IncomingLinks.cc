@@ -22,20 +22,31 @@ std::filesystem::path withoutDots(const std::filesystem::path& existing) {
 
 }  // namespace
 
-std::vector<std::string> fromOperands(const std::vector<std::string>& operands,
-                                      const std::filesystem::path& directory) {
-    std::vector<std::string> links;
+Operands fromOperands(const std::vector<std::string>& operands,
+                      const std::filesystem::path& directory) {
+    Operands found;
     for (const std::string& operand : operands) {
         if (operand.empty() || operand.starts_with('-')) continue;
-        if (const auto scheme = Url::schemeOf(operand)) {
-            if (!Text::equalIgnoringCase(*scheme, AppInfo::urlScheme)) links.push_back(operand);
+        if (isOwn(operand)) {
+            found.askForSettings = true;
+            continue;
+        }
+        if (Url::schemeOf(operand)) {
+            found.links.push_back(operand);
             continue;
         }
         const std::filesystem::path path = directory / operand;
         std::error_code error;
-        if (std::filesystem::exists(path, error)) links.push_back(fileURL(withoutDots(path)));
+        if (std::filesystem::exists(path, error)) {
+            found.links.push_back(fileURL(withoutDots(path)));
+        }
     }
-    return links;
+    return found;
+}
+
+bool isOwn(std::string_view url) {
+    const auto scheme = Url::schemeOf(url);
+    return scheme && Text::equalIgnoringCase(*scheme, AppInfo::urlScheme);
 }
 
 std::string fileURL(const std::filesystem::path& path) {

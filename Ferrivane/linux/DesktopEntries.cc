@@ -1,12 +1,12 @@
 #include "Ferrivane/linux/DesktopEntries.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <tuple>
 #include <utility>
 
 #include <unistd.h>
 
+#include "Ferrivane/linux/Environment.h"
 #include "core/port/Paths.h"
 #include "core/support/ReadFile.h"
 #include "core/support/Text.h"
@@ -15,11 +15,6 @@ namespace ferrivane {
 namespace {
 
 constexpr std::string_view kSuffix = ".desktop";
-
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
-    return value != nullptr ? value : "";
-}
 
 std::vector<std::string> splitAt(std::string_view text, char separator) {
     std::vector<std::string> parts;

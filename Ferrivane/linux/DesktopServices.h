@@ -3,7 +3,9 @@
 // merely loading them takes longer than handing a link to Chrome. Main thread only.
 #pragma once
 
+#include <expected>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,16 +22,55 @@ class DesktopServices {
         std::optional<std::string> applicationClass;  // the class part of WM_CLASS
     };
 
+    // A loop that the library's own takes in; see EventLoop.
+    struct Loop {
+        int descriptor = -1;
+        std::function<int()> timeoutMilliseconds;
+        std::function<void()> dispatch;
+    };
+    // The interface org.freedesktop.Application (freedesktop.org, Desktop Entry Specification,
+    // "D-Bus Activation") as others call it.
+    struct Calls {
+        struct Sender {
+            std::optional<pid_t> process;  // absent when it is gone already
+            std::string startupId;
+            std::optional<std::string> activationToken;
+        };
+        std::function<bool(std::vector<std::string> urls, const Sender&)> open;
+        std::function<void(const Sender&)> activate;
+        std::function<bool(const std::string& action, const Sender&)> activateAction;
+        std::function<void()> busEnded;
+    };
+    enum class NameClaim { owned, taken, noBus };
+
     virtual ~DesktopServices() = default;
+
+    // From here on iterate(), which waits for one round of whatever happens, does the loop's work
+    // too, and so does every loop that a toolkit runs on this thread.
+    virtual void attach(Loop loop) = 0;
+    virtual void iterate() = 0;
 
     // The desktop entry's file of the default application for a scheme.
     virtual std::optional<std::filesystem::path> handler(std::string_view scheme) = 0;
     // The process that owns a name on the session bus. Never starts a bus.
     virtual std::optional<pid_t> busNameOwner(std::string_view name) = 0;
+    // Owns the application's name and answers its calls, from iterate().
+    virtual NameClaim serve(const std::string& applicationId, Calls calls) = 0;
+    // Calls Activate on the owner of the name, which the bus starts if there is none.
+    virtual bool activate(const std::string& applicationId,
+                          const std::optional<std::string>& activationToken) = 0;
+    // Opens a file with the person's application for it. The error is the library's text.
+    virtual std::expected<void, std::string> open(const std::filesystem::path& file) = 0;
+    // A flag in a key file (freedesktop.org, Desktop Entry Specification, "Basic format"); false
+    // when it is not there.
+    virtual bool flag(const std::filesystem::path& file, const std::string& key) = 0;
+    virtual bool setFlag(const std::filesystem::path& file, const std::string& key, bool value) = 0;
     // Moves a process and its session into a scope of their own, so that they do not end with
     // whatever started us. Without systemd nothing happens.
     virtual void moveToOwnScope(pid_t process) = 0;
 
+    // Whether an X server answers at $DISPLAY.
+    virtual bool hasDisplay() = 0;
     // The active window, empty when none is; absent when there is no window manager to tell.
     virtual std::optional<Window> activeWindow() = 0;
     // Asks the window manager to activate the topmost window of a process.
@@ -39,5 +80,9 @@ class DesktopServices {
 // The module, loaded at the first call; null, with a line on standard error, when it is not
 // installed beside the program.
 DesktopServices* desktopServices();
+
+class EventLoop;
+// Lets the library's loop do the work of ours from now on; again: nothing.
+void attachTo(DesktopServices& services, EventLoop& loop);
 
 }  // namespace ferrivane

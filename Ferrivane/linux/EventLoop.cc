@@ -1,13 +1,18 @@
 #include "Ferrivane/linux/EventLoop.h"
 
 #include <algorithm>
+#include <array>
+#include <vector>
 
 #include <poll.h>
+#include <sys/epoll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace ferrivane {
+
+EventLoop::EventLoop() : handles_(::epoll_create1(EPOLL_CLOEXEC)) {}
 
 std::chrono::steady_clock::time_point EventLoop::now() const {
     return std::chrono::steady_clock::now();
@@ -20,22 +25,46 @@ void EventLoop::after(std::chrono::milliseconds delay, std::function<void()> wor
 void EventLoop::watchChild(pid_t child, std::function<void(int status)> ended) {
     // Debian 12's header declares pidfd_open without C linkage.
     FileDescriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = child;
+    if (::epoll_ctl(handles_.get(), EPOLL_CTL_ADD, handle.get(), &event) != 0) handle.reset();
     children_.insert_or_assign(child, Child{std::move(handle), std::move(ended)});
 }
 
 void EventLoop::runUntilIdle() {
-    while (!timers_.empty() || !children_.empty()) {
-        runDueTimers();
-        int timeout = -1;
-        if (!timers_.empty()) {
-            const auto wait =
-                std::chrono::ceil<std::chrono::milliseconds>(timers_.begin()->first.first - now());
-            timeout = static_cast<int>(std::max<std::int64_t>(0, wait.count()));
-        } else if (children_.empty()) {
-            return;
-        }
-        waitForChildren(timeout);
+    while (!isIdle()) step();
+}
+
+void EventLoop::run() {
+    while (!isStopped_) step();
+}
+
+void EventLoop::step() {
+    if (iterate_) return iterate_();
+    collectChildren(timeoutMilliseconds());
+    runDueTimers();
+}
+
+void EventLoop::dispatch() {
+    collectChildren(0);
+    runDueTimers();
+}
+
+int EventLoop::timeoutMilliseconds() const {
+    constexpr int kAskingInterval = 50;
+    int timeout = -1;
+    // Without a handle, when no descriptor is left, a child is asked after now and then.
+    if (std::ranges::any_of(children_, [](const auto& child) { return !child.second.handle; })) {
+        timeout = kAskingInterval;
     }
+    if (!timers_.empty()) {
+        const auto wait =
+            std::chrono::ceil<std::chrono::milliseconds>(timers_.begin()->first.first - now());
+        const int untilTimer = static_cast<int>(std::max<std::int64_t>(0, wait.count()));
+        timeout = timeout < 0 ? untilTimer : std::min(timeout, untilTimer);
+    }
+    return timeout;
 }
 
 void EventLoop::runDueTimers() {
@@ -46,29 +75,25 @@ void EventLoop::runDueTimers() {
     }
 }
 
-void EventLoop::waitForChildren(int timeoutMilliseconds) {
-    std::vector<pollfd> handles;
-    std::vector<pid_t> order;
+void EventLoop::collectChildren(int timeoutMilliseconds) {
+    std::array<epoll_event, 16> events{};
+    const int count = handles_ ? ::epoll_wait(handles_.get(), events.data(),
+                                              static_cast<int>(events.size()), timeoutMilliseconds)
+                               : ::poll(nullptr, 0, timeoutMilliseconds);
+    for (int i = 0; i < count; ++i) collect(events.at(static_cast<std::size_t>(i)).data.fd);
+
+    std::vector<pid_t> withoutHandle;
     for (const auto& [child, entry] : children_) {
-        handles.push_back({entry.handle.get(), POLLIN, 0});
-        order.push_back(child);
+        if (!entry.handle) withoutHandle.push_back(child);
     }
-    // Without a handle, when no descriptor is left, a child is asked after now and then.
-    constexpr int kAskingInterval = 50;
-    const bool mustAsk =
-        std::ranges::any_of(handles, [](const pollfd& handle) { return handle.fd < 0; });
-    if (mustAsk && (timeoutMilliseconds < 0 || timeoutMilliseconds > kAskingInterval)) {
-        timeoutMilliseconds = kAskingInterval;
-    }
-    if (::poll(handles.data(), handles.size(), timeoutMilliseconds) < 0) return;
-    for (std::size_t i = 0; i < handles.size(); ++i) {
-        if (handles[i].fd >= 0 && handles[i].revents == 0) continue;
-        int status = 0;
-        if (::waitpid(order[i], &status, WNOHANG) != order[i]) continue;
-        auto entry = children_.extract(order[i]);
-        if (entry.empty()) continue;
-        entry.mapped().ended(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
-    }
+    for (const pid_t child : withoutHandle) collect(child);
+}
+
+void EventLoop::collect(pid_t child) {
+    int status = 0;
+    if (!children_.contains(child) || ::waitpid(child, &status, WNOHANG) != child) return;
+    auto entry = children_.extract(child);
+    entry.mapped().ended(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
 }
 
 }  // namespace ferrivane

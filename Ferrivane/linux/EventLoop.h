@@ -1,11 +1,11 @@
-// The main loop of a process without a desktop library: timers and the ends of child processes.
+// The main loop: timers and the ends of child processes. It needs no library; one that has a loop
+// of its own can take this one in.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <utility>
-#include <vector>
 
 #include <sys/types.h>
 
@@ -16,14 +16,30 @@ namespace ferrivane {
 
 class EventLoop : public MainLoop {
   public:
+    EventLoop();
+
     std::chrono::steady_clock::time_point now() const override;
     void after(std::chrono::milliseconds delay, std::function<void()> work) override;
     void runUntilIdle() override;
+    void run() override;
+    void stop() override { isStopped_ = true; }
 
     // Calls `ended` with the exit status of a child of this process (128 + the signal's number when
     // a signal ended it), and collects it. The loop is not idle before that.
     void watchChild(pid_t child, std::function<void(int status)> ended);
     void forgetChild(pid_t child) { children_.erase(child); }
+
+    // The loop is not idle between these two.
+    void retain() { ++retained_; }
+    void release() { --retained_; }
+
+    // For a library's loop: wait until the descriptor is readable or the time has passed (-1: no
+    // limit), then dispatch. From then on `iterate`, one round of that loop, is how this one waits.
+    int descriptor() const { return handles_.get(); }
+    int timeoutMilliseconds() const;
+    void dispatch();
+    void waitThrough(std::function<void()> iterate) { iterate_ = std::move(iterate); }
+    bool isTakenIn() const { return iterate_ != nullptr; }
 
   private:
     using Time = std::chrono::steady_clock::time_point;
@@ -32,13 +48,20 @@ class EventLoop : public MainLoop {
         std::function<void(int status)> ended;
     };
 
+    bool isIdle() const { return timers_.empty() && children_.empty() && retained_ == 0; }
+    void step();
     void runDueTimers();
-    void waitForChildren(int timeoutMilliseconds);
+    void collectChildren(int timeoutMilliseconds);
+    void collect(pid_t child);
 
     // By time, then by the order in which they were asked for.
     std::map<std::pair<Time, std::uint64_t>, std::function<void()>> timers_;
     std::map<pid_t, Child> children_;
+    FileDescriptor handles_;  // epoll(7), of every handle
+    std::function<void()> iterate_;
     std::uint64_t sequence_ = 0;
+    int retained_ = 0;
+    bool isStopped_ = false;
 };
 
 }  // namespace ferrivane

@@ -1,21 +1,19 @@
 #include "Ferrivane/linux/LaunchLockFile.h"
 
 #include <cerrno>
-#include <cstdlib>
 
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include "Ferrivane/linux/Environment.h"
 #include "core/port/Paths.h"
 #include "core/support/AtomicFile.h"
 
 namespace ferrivane {
 
 std::filesystem::path LaunchLockFile::defaultPath() {
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");  // NOLINT(concurrency-mt-unsafe)
-    const bool hasRuntime = runtime != nullptr && runtime[0] == '/';
-    return (hasRuntime ? std::filesystem::path(runtime) : Paths::logDirectory()) /
-           "ferrivane-launch.lock";
+    const std::filesystem::path runtime = environment("XDG_RUNTIME_DIR");
+    return (runtime.is_absolute() ? runtime : Paths::logDirectory()) / "ferrivane-launch.lock";
 }
 
 bool LaunchLockFile::tryAcquire() {

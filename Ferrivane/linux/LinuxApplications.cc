@@ -6,6 +6,8 @@
 #include "Ferrivane/ChromeLauncher.h"
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/Senders.h"
+#include "Ferrivane/linux/Version.h"
 
 namespace ferrivane {
 
@@ -36,8 +38,14 @@ std::vector<pid_t> LinuxApplications::running(std::string_view bundleId) const {
     return owner ? std::vector{*owner} : std::vector<pid_t>();
 }
 
+std::optional<Opener> LinuxApplications::runningApplication(pid_t process,
+                                                            const std::string& startupId) const {
+    return Senders::opener({process, Processes::controlGroup(process).value_or(""), startupId},
+                           entries_);
+}
+
 Applications::Bundle LinuxApplications::ownBundle() const {
-    Bundle bundle{.identifier = {}, .version = FERRIVANE_VERSION};
+    Bundle bundle{.identifier = {}, .version = std::string(buildVersion())};
     const auto entry = entries_.find(AppInfo::bundleIdentifier);
     const auto program = entry && entry->isVisible ? entry->program() : std::nullopt;
     std::error_code error;

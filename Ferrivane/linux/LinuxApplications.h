@@ -18,6 +18,8 @@ class LinuxApplications : public Applications {
         const std::filesystem::path& application) const override;
     std::optional<std::filesystem::path> handler(std::string_view scheme) const override;
     std::vector<pid_t> running(std::string_view bundleId) const override;
+    std::optional<Opener> runningApplication(pid_t process,
+                                             const std::string& startupId) const override;
     // The bundle is an installed build that a visible desktop entry starts.
     Bundle ownBundle() const override;
 

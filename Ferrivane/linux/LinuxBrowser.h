@@ -12,9 +12,16 @@ class LinuxBrowser : public Browser {
     // Called with the process of a browser that was started by us, also as a relay that became it.
     using Started = std::function<void(pid_t process)>;
 
-    // Without a location nothing runs and nothing can be launched. Both references outlive this.
-    LinuxBrowser(const std::optional<ChromeLocation>& location, EventLoop& loop, Started started)
-        : location_(location), loop_(loop), started_(std::move(started)) {}
+    // `locate` sets the location anew; without one nothing runs and nothing can be launched. Both
+    // references outlive this.
+    LinuxBrowser(const std::optional<ChromeLocation>& location, EventLoop& loop,
+                 std::function<void()> locate, Started started)
+        : location_(location),
+          loop_(loop),
+          locate_(std::move(locate)),
+          started_(std::move(started)) {}
+
+    void locate() override { locate_(); }
 
     // The listener of the singleton socket; else the process that SingletonLock names, if it is
     // alive on this host, ours and the located browser.
@@ -33,6 +40,7 @@ class LinuxBrowser : public Browser {
 
     const std::optional<ChromeLocation>& location_;
     EventLoop& loop_;
+    const std::function<void()> locate_;
     const Started started_;
 };
 

@@ -1,21 +1,15 @@
 #include "Ferrivane/linux/LinuxFrontmost.h"
 
-#include <cstdlib>
-
 #include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Senders.h"
 
 namespace ferrivane {
 namespace {
 
-bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
-    return value != nullptr && value[0] != '\0';
-}
-
 // An X server that serves a Wayland session does not know which of its windows is in front.
 bool canTell() {
-    return isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY");
+    return !environment("DISPLAY").empty() && environment("WAYLAND_DISPLAY").empty();
 }
 
 }  // namespace

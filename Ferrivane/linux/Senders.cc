@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdlib>
 #include <string_view>
 
 #include <unistd.h>
 
 #include "Ferrivane/linux/AppUnit.h"
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Processes.h"
 #include "core/support/ReadFile.h"
 
@@ -208,9 +208,8 @@ std::optional<Opener> application(pid_t process, const DesktopEntries& entries) 
 }
 
 Origin ownOrigin() {
-    const char* startupId = std::getenv("DESKTOP_STARTUP_ID");  // NOLINT(concurrency-mt-unsafe)
     return {::getppid(), Processes::controlGroup(::getpid()).value_or(""),
-            startupId != nullptr ? startupId : ""};
+            environment("DESKTOP_STARTUP_ID")};
 }
 
 std::optional<Opener> opener(const Origin& origin, const DesktopEntries& entries) {

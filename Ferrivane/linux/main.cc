@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 
@@ -6,23 +7,22 @@
 #include <unistd.h>
 
 #include "Ferrivane/Run.h"
-#include "Ferrivane/TerminalDialogs.h"
 #include "Ferrivane/linux/ChromeLocation.h"
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/DetachedCaller.h"
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/EventLoop.h"
 #include "Ferrivane/linux/LaunchLockFile.h"
 #include "Ferrivane/linux/LinuxApplications.h"
 #include "Ferrivane/linux/LinuxBrowser.h"
+#include "Ferrivane/linux/LinuxDialogs.h"
 #include "Ferrivane/linux/LinuxFrontmost.h"
+#include "Ferrivane/linux/LinuxPreferences.h"
+#include "Ferrivane/linux/LinuxSession.h"
+#include "Ferrivane/linux/LinuxUserInterface.h"
 #include "core/port/Paths.h"
 
 namespace {
-
-std::string environment(const char* variable) {
-    const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
-    return value != nullptr ? value : "";
-}
 
 // A caller may hand us closed streams, whose places no file of ours may take, and ignored signals.
 void secureInheritance() {
@@ -37,17 +37,9 @@ void secureInheritance() {
 
 // Taken out of the environment, so that no other program can use it up.
 std::optional<std::string> takeActivationToken() {
-    const std::string token = environment("XDG_ACTIVATION_TOKEN");
+    const std::string token = ferrivane::environment("XDG_ACTIVATION_TOKEN");
     ::unsetenv("XDG_ACTIVATION_TOKEN");  // NOLINT(concurrency-mt-unsafe)
     return token.empty() ? std::nullopt : std::optional(token);
-}
-
-// Once nobody waits for us any more.
-void moveToOwnScope(std::optional<pid_t> browser) {
-    if (!browser) return;
-    if (ferrivane::DesktopServices* services = ferrivane::desktopServices()) {
-        services->moveToOwnScope(*browser);
-    }
 }
 
 }  // namespace
@@ -57,28 +49,40 @@ int main(int count, char** values) {
 
     secureInheritance();
     const auto entries = DesktopEntries::ofSession();
-    const auto chrome = ChromeLocator::locate(entries, Paths::home(), environment);
-    if (chrome) Paths::setChromeUserDataDirectory(chrome->userDataDirectory);
+    std::optional<ChromeLocation> chrome;
+    const auto locate = [&] {
+        chrome = ChromeLocator::locate(entries, Paths::home(), environment);
+        Paths::setChromeUserDataDirectory(chrome ? chrome->userDataDirectory : "");
+    };
 
     EventLoop mainLoop;
+    const auto moveToOwnScope = [&mainLoop](pid_t browser) {
+        // When nobody waits for us any more, and Chrome has started its helpers.
+        mainLoop.after(std::chrono::milliseconds(500), [browser] {
+            if (DesktopServices* services = desktopServices()) services->moveToOwnScope(browser);
+        });
+    };
     LinuxApplications applications(entries, chrome);
-    std::optional<pid_t> started;
-    LinuxBrowser browser(chrome, mainLoop, [&started](pid_t process) { started = process; });
+    LinuxBrowser browser(chrome, mainLoop, locate, moveToOwnScope);
     LinuxFrontmost frontmost(entries);
     LaunchLockFile launchLock(LaunchLockFile::defaultPath());
-    TerminalDialogs dialogs(std::cerr, ::isatty(STDERR_FILENO) != 0);
+    LinuxDialogs dialogs(mainLoop, std::cerr, ::isatty(STDERR_FILENO) != 0);
     DetachedCaller caller(entries);
+    LinuxSession session(mainLoop);
+    LinuxUserInterface userInterface;
+    LinuxPreferences preferences;
 
-    const int status = run({values + (count > 0 ? 1 : 0), values + count},
-                           Platform{.desktop = Desktop::freedesktop,
-                                    .mainLoop = mainLoop,
-                                    .applications = applications,
-                                    .browser = browser,
-                                    .frontmost = frontmost,
-                                    .launchLock = launchLock,
-                                    .dialogs = dialogs,
-                                    .caller = caller,
-                                    .activationToken = takeActivationToken()});
-    moveToOwnScope(started);
-    return status;
+    return run({values + (count > 0 ? 1 : 0), values + count},
+               Platform{.desktop = Desktop::freedesktop,
+                        .mainLoop = mainLoop,
+                        .applications = applications,
+                        .browser = browser,
+                        .frontmost = frontmost,
+                        .launchLock = launchLock,
+                        .dialogs = dialogs,
+                        .caller = caller,
+                        .session = session,
+                        .userInterface = userInterface,
+                        .preferences = preferences,
+                        .activationToken = takeActivationToken()});
 }

@@ -12,6 +12,8 @@
 
 #include <sys/types.h>
 
+#include "core/Opener.h"
+
 namespace ferrivane {
 
 class Applications {
@@ -31,6 +33,10 @@ class Applications {
     // The application that opens links of a scheme.
     virtual std::optional<std::filesystem::path> handler(std::string_view scheme) const = 0;
     virtual std::vector<pid_t> running(std::string_view bundleId) const = 0;
+    // The application that a process belongs to; on Linux the one that it opened a link for, which
+    // a start-up id may tell too. Absent when it is gone, or unknown.
+    virtual std::optional<Opener> runningApplication(pid_t process,
+                                                     const std::string& startupId) const = 0;
     virtual Bundle ownBundle() const = 0;
 };
 

@@ -31,6 +31,10 @@ class Browser {
 
     virtual ~Browser() = default;
 
+    // Looks anew for the installed browser, which may have come, gone or changed. Called before
+    // each link and each command.
+    virtual void locate() = 0;
+
     // The process of the running browser; absent when it is not running.
     virtual std::optional<pid_t> running() const = 0;
     // Whether this process is the running browser now. Unlike running() it may be asked again and

@@ -1,4 +1,4 @@
-// The main thread's clock and its delayed work.
+// The main thread's clock, its delayed work, and its life.
 #pragma once
 
 #include <chrono>
@@ -17,9 +17,13 @@ class MainLoop {
     // Main thread only.
     virtual void after(std::chrono::milliseconds delay, std::function<void()> work) = 0;
 
-    // Runs until nothing is left to wait for: no delayed work and no child process whose end was
-    // asked for. Main thread only.
+    // Runs until nothing is left to wait for: no delayed work, no child process whose end was asked
+    // for, no open alert. Main thread only.
     virtual void runUntilIdle() = 0;
+
+    // Runs until stop is called, with or without anything to wait for. Main thread only.
+    virtual void run() = 0;
+    virtual void stop() = 0;
 };
 
 }  // namespace ferrivane

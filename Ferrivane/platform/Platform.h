@@ -12,6 +12,9 @@
 #include "Ferrivane/platform/Frontmost.h"
 #include "Ferrivane/platform/LaunchLock.h"
 #include "Ferrivane/platform/MainLoop.h"
+#include "Ferrivane/platform/Preferences.h"
+#include "Ferrivane/platform/Session.h"
+#include "Ferrivane/platform/UserInterface.h"
 
 namespace ferrivane {
 
@@ -26,7 +29,10 @@ struct Platform {
     LaunchLock& launchLock;
     Dialogs& dialogs;
     Caller& caller;
-    std::optional<std::string> activationToken;  // came with the links that started the process
+    Session& session;
+    UserInterface& userInterface;
+    Preferences& preferences;
+    std::optional<std::string> activationToken;  // came with the start of the process
 };
 
 }  // namespace ferrivane

@@ -14,7 +14,7 @@ class IncomingLinks : public ::testing::Test {
   protected:
     // What a single operand becomes; "skipped" when it becomes nothing.
     std::string linkFrom(const std::string& operand) const {
-        const auto links = ferrivane::IncomingLinks::fromOperands({operand}, dir.path());
+        const auto links = ferrivane::IncomingLinks::fromOperands({operand}, dir.path()).links;
         if (links.empty()) return "skipped";
         return links.size() == 1 ? links[0] : "several";
     }
@@ -140,12 +140,24 @@ TEST_F(IncomingLinks, DanglingSymbolicLinkIsNoFile) {
 
 TEST_F(IncomingLinks, ComeInTheOrderOfTheOperands) {
     test::writeText(dir / "b.html", "");
-    EXPECT_THAT(
-        ferrivane::IncomingLinks::fromOperands(
-            {"--agent", "https://c/", "b.html", "nothing", "https://a/", "https://c/"}, dir.path()),
-        ElementsAre("https://c/", fileUrl("b.html"), "https://a/", "https://c/"));
-    EXPECT_THAT(ferrivane::IncomingLinks::fromOperands({}, dir.path()), IsEmpty());
-    EXPECT_THAT(ferrivane::IncomingLinks::fromOperands({"--agent", "x"}, dir.path()), IsEmpty());
+    const auto links = [this](const std::vector<std::string>& operands) {
+        return ferrivane::IncomingLinks::fromOperands(operands, dir.path()).links;
+    };
+    EXPECT_THAT(links({"--agent", "https://c/", "b.html", "nothing", "https://a/", "https://c/"}),
+                ElementsAre("https://c/", fileUrl("b.html"), "https://a/", "https://c/"));
+    EXPECT_THAT(links({}), IsEmpty());
+    EXPECT_THAT(links({"--agent", "x"}), IsEmpty());
+}
+
+TEST_F(IncomingLinks, OneOfOurOwnAsksForTheSettings) {
+    const auto asks = [this](const std::vector<std::string>& operands) {
+        return ferrivane::IncomingLinks::fromOperands(operands, dir.path()).askForSettings;
+    };
+    EXPECT_TRUE(asks({"ferrivane:"}));
+    EXPECT_TRUE(asks({"FERRIVANE://anything?x=y"}));
+    EXPECT_TRUE(asks({"https://a/", "Ferrivane:settings", "https://b/"}));
+    EXPECT_FALSE(asks({"https://a/", "--agent", "ferrivane", "ferrivanes:x"}));
+    EXPECT_FALSE(asks({}));
 }
 
 TEST(FileUrl, EncodesWhatAPathMayNotHoldInAUrl) {

@@ -1,4 +1,5 @@
 // The process entry. Each case runs in a process of its own, because it changes folder and streams.
+#include <functional>
 #include <iostream>
 #include <sstream>
 
@@ -16,15 +17,13 @@
 namespace ferrivane {
 namespace {
 
-constexpr const char* kNoAgent =
-    "Ferrivane: this build opens the links it is started with; it has no agent and no settings "
-    "window yet. See Ferrivane --help\n";
-
 // Everything that can be seen of a run from outside: each call that matters, the working folder,
 // both streams, the status.
-std::string seen(const std::vector<std::string>& arguments) {
+std::string seen(const std::vector<std::string>& arguments,
+                 const std::function<void(test::FakePlatform&)>& prepare = {}) {
     return test::inChild([&] {
         test::FakePlatform fake;
+        if (prepare) prepare(fake);
         const std::ostringstream out;
         const std::ostringstream err;
         std::cout.rdbuf(out.rdbuf());
@@ -32,7 +31,8 @@ std::string seen(const std::vector<std::string>& arguments) {
         std::filesystem::remove(Config::fileURL());
         const int status = run(arguments, fake.platform());
         std::string text;
-        for (const std::string& call : fake.calls.of({"caller.", "browser.launch"})) {
+        for (const std::string& call : fake.calls.of(
+                 {"caller.", "browser.launch", "session.", "userInterface.showSettings"})) {
             text += call + "\n";
         }
         const std::string folder = std::filesystem::current_path();
@@ -72,14 +72,65 @@ TEST(Run, CommandWinsOverLinks) {
               "err: \nstatus: 2");
 }
 
-TEST(Run, WithoutALinkTheBuildSaysWhatItCannotDoYet) {
+constexpr const char* kQuietEnd = "folder: /\nout: \nerr: \nstatus: 0";
+
+TEST(Run, WithoutALinkItIsTheApplication) {
     const std::vector<std::vector<std::string>> rows{
-        {}, {"--agent"}, {"-x"}, {"ferrivane:settings"}, {"no-such-file"}, {"--from", "Mail"}};
+        {}, {"-x"}, {"no-such-file"}, {"--from", "Mail"}, {"--Agent"}, {"--agent=1"}};
     for (const auto& arguments : rows) {
         EXPECT_EQ(seen(arguments),
-                  std::string("folder: unchanged\nout: \nerr: ") + kNoAgent + "\nstatus: 1")
+                  std::string("session.join\nuserInterface.showSettings\n") + kQuietEnd)
             << (arguments.empty() ? "no argument" : arguments[0]);
     }
+}
+
+TEST(Run, AsAgentItShowsNothing) {
+    const std::vector<std::vector<std::string>> rows{
+        {"--agent"}, {"-x", "--agent"}, {"--agent", "--agent"}, {"no-such-file", "--agent"}};
+    for (const auto& arguments : rows) {
+        EXPECT_EQ(seen(arguments), std::string("session.join\n") + kQuietEnd);
+    }
+}
+
+TEST(Run, ASecondStartIsTheReopenEventOfTheFirst) {
+    const auto elsewhere = [](test::FakePlatform& fake) {
+        fake.session.place = Session::Place::elsewhere;
+        fake.activationToken = "token";
+    };
+    EXPECT_EQ(seen({}, elsewhere),
+              std::string("session.join\nsession.reopenResident token\n") + kQuietEnd);
+    EXPECT_EQ(seen({"--agent"}, elsewhere), std::string("session.join\n") + kQuietEnd)
+        << "of two agents one stays, and nobody asked for the settings";
+}
+
+TEST(Run, ALinkOfOurOwnGoesToTheResidentApplication) {
+    for (const char* link : {"ferrivane:", "ferrivane://settings", "FERRIVANE:x"}) {
+        EXPECT_EQ(seen({link}), std::string("session.reopenResident\n") + kQuietEnd) << link;
+    }
+    EXPECT_EQ(seen({"ferrivane:", "--agent"}), std::string("session.reopenResident\n") + kQuietEnd);
+}
+
+TEST(Run, WithoutASessionALinkOfOurOwnShowsTheSettingsHere) {
+    const auto alone = [](test::FakePlatform& fake) {
+        fake.session.place = Session::Place::alone;
+        fake.session.reopens = false;
+        fake.activationToken = "token";
+    };
+    EXPECT_EQ(seen({"ferrivane:"}, alone),
+              std::string("session.reopenResident token\nsession.join\n"
+                          "userInterface.showSettings token\n") +
+                  kQuietEnd);
+}
+
+TEST(Run, BesideLinksOneOfOurOwnDoesNotMakeItTheApplication) {
+    EXPECT_EQ(seen({"https://a/", "ferrivane:"}),
+              "caller.detach\n"
+              "caller.opener\n"
+              "browser.launch /apps/google-chrome.desktop [--profile-directory=Default] "
+              "[https://a/]\n"
+              "caller.release 0\n"
+              "session.reopenResident\n"
+              "folder: /\nout: \nerr: \nstatus: 0");
 }
 
 TEST(Run, FileIsNamedAbsolutelyBeforeTheFolderChanges) {

@@ -119,9 +119,10 @@ TEST_F(LinuxApplicationsTest, WithoutItsModuleTheDesktopTellsNothing) {
     for (const auto& [question, answer] :
          {std::pair("handler", "nothing\n"), std::pair("owner", "nobody\n"),
           std::pair("front", "unknown\n"), std::pair("scope", "no module\n")}) {
-        EXPECT_EQ(test::outputOf({"sh", "-c", "\"$@\" 2>&1", "sh", alone, question, "1"},
-                                 {{"DISPLAY", ":65000"}}),
-                  std::string("Ferrivane: ferrivane-desktop.so cannot be loaded\n") + answer);
+        EXPECT_EQ(
+            test::outputOf({"sh", "-c", "\"$@\" 2>&1", "sh", alone, question, "1"},
+                           {{"DISPLAY", ":65000"}}),
+            std::string("Ferrivane: cannot load ferrivane-desktop.so: not installed\n") + answer);
     }
 }
 

@@ -52,7 +52,8 @@ class LinuxBrowserLaunch : public ::testing::Test {
     std::optional<ChromeLocation> location;
     EventLoop loop;
     std::vector<pid_t> started;
-    LinuxBrowser browser{location, loop, [this](pid_t process) { started.push_back(process); }};
+    LinuxBrowser browser{location, loop, [] {},
+                         [this](pid_t process) { started.push_back(process); }};
 };
 
 TEST_F(LinuxBrowserLaunch, SucceedsWithTheProcessOnceItListens) {

@@ -48,7 +48,7 @@ class LinuxBrowserRunning : public ::testing::Test {
     const std::filesystem::path userData = dir / "user-data";
     std::optional<ChromeLocation> location;
     EventLoop loop;
-    LinuxBrowser browser{location, loop, [](pid_t) {}};
+    LinuxBrowser browser{location, loop, [] {}, [](pid_t) {}};
 };
 
 TEST_F(LinuxBrowserRunning, TheListenerOfTheSocket) {

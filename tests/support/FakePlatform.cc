@@ -65,6 +65,10 @@ void FakeMainLoop::runUntilIdle() {
     while (!timers_.empty()) runNext();
 }
 
+void FakeMainLoop::run() {
+    while (!isStopped_ && !timers_.empty()) runNext();
+}
+
 void FakeMainLoop::advance(Duration time) {
     const Duration end = calls_.now_ + time;
     while (!timers_.empty() && timers_.begin()->first.first <= end) runNext();
@@ -96,9 +100,21 @@ std::vector<pid_t> FakeApplications::running(std::string_view bundleId) const {
     return found == processes.end() ? std::vector<pid_t>() : found->second;
 }
 
+std::optional<Opener> FakeApplications::runningApplication(pid_t process,
+                                                           const std::string& startupId) const {
+    calls_.add("applications.runningApplication " + std::to_string(process) +
+               (startupId.empty() ? "" : " " + startupId));
+    const auto found = openers.find(process);
+    return found == openers.end() ? std::nullopt : std::optional(found->second);
+}
+
 Applications::Bundle FakeApplications::ownBundle() const {
     calls_.add("applications.ownBundle");
     return bundle;
+}
+
+void FakeBrowser::locate() {
+    calls_.add("browser.locate");
 }
 
 std::optional<pid_t> FakeBrowser::running() const {
@@ -191,6 +207,55 @@ std::optional<Opener> FakeCaller::opener() const {
     return application;
 }
 
+Session::Place FakeSession::join(ApplicationEvents& receiver) {
+    calls_.add("session.join");
+    events = &receiver;
+    return place;
+}
+
+bool FakeSession::reopenResident(const std::optional<std::string>& activationToken) {
+    calls_.add("session.reopenResident" + (activationToken ? " " + *activationToken : ""));
+    return reopens;
+}
+
+void FakeUserInterface::installMainMenu(const std::vector<Menu>& menus, Perform perform) {
+    calls_.add("userInterface.installMainMenu");
+    mainMenu = menus;
+    performOfMainMenu = std::move(perform);
+}
+
+void FakeUserInterface::showStatusItem(const StatusItem& item, Perform perform) {
+    calls_.add("userInterface.showStatusItem");
+    statusItem = item;
+    performOfStatusItem = std::move(perform);
+}
+
+void FakeUserInterface::removeStatusItem() {
+    calls_.add("userInterface.removeStatusItem");
+    statusItem.reset();
+}
+
+void FakeUserInterface::showSettings(const std::optional<std::string>& activationToken) {
+    calls_.add("userInterface.showSettings" + (activationToken ? " " + *activationToken : ""));
+}
+
+std::expected<void, PlatformError> FakeUserInterface::openDocument(
+    const std::filesystem::path& file) {
+    calls_.add("userInterface.openDocument " + file.string());
+    return opened;
+}
+
+bool FakePreferences::flag(std::string_view key) const {
+    calls_.add("preferences.flag " + std::string(key));
+    const auto found = flags.find(key);
+    return found != flags.end() && found->second;
+}
+
+void FakePreferences::setFlag(std::string_view key, bool value) {
+    calls_.add("preferences.setFlag " + std::string(key) + (value ? " true" : " false"));
+    flags.insert_or_assign(std::string(key), value);
+}
+
 Platform FakePlatform::platform() {
     return {.desktop = desktop,
             .mainLoop = mainLoop,
@@ -200,6 +265,9 @@ Platform FakePlatform::platform() {
             .launchLock = launchLock,
             .dialogs = dialogs,
             .caller = caller,
+            .session = session,
+            .userInterface = userInterface,
+            .preferences = preferences,
             .activationToken = activationToken};
 }
 

@@ -53,6 +53,9 @@ class FakeMainLoop : public MainLoop {
         afterExactly(delay, std::move(work));
     }
     void runUntilIdle() override;
+    // Until nothing can happen any more, if nobody stops it.
+    void run() override;
+    void stop() override { isStopped_ = true; }
 
     // For the test: finer than a millisecond.
     void afterExactly(Duration delay, std::function<void()> work);
@@ -60,6 +63,7 @@ class FakeMainLoop : public MainLoop {
     void advance(Duration time);
     Duration elapsed() const { return calls_.now_; }
     bool isIdle() const { return timers_.empty(); }
+    bool isStopped() const { return isStopped_; }
 
   private:
     void runNext();
@@ -67,6 +71,7 @@ class FakeMainLoop : public MainLoop {
     CallList& calls_;
     std::map<std::pair<Duration, std::uint64_t>, std::function<void()>> timers_;
     std::uint64_t sequence_ = 0;
+    bool isStopped_ = false;
 };
 
 class FakeApplications : public Applications {
@@ -79,6 +84,7 @@ class FakeApplications : public Applications {
         {"/apps/google-chrome.desktop", "/opt/chrome/chrome"}};
     std::map<std::string, std::filesystem::path, std::less<>> handlers;  // by scheme
     std::map<std::string, std::vector<pid_t>, std::less<>> processes;    // by bundle identifier
+    std::map<pid_t, Opener> openers;                                     // by process
     Bundle bundle;
 
     std::optional<std::filesystem::path> location(std::string_view bundleId) const override;
@@ -86,6 +92,8 @@ class FakeApplications : public Applications {
         const std::filesystem::path& application) const override;
     std::optional<std::filesystem::path> handler(std::string_view scheme) const override;
     std::vector<pid_t> running(std::string_view bundleId) const override;
+    std::optional<Opener> runningApplication(pid_t process,
+                                             const std::string& startupId) const override;
     Bundle ownBundle() const override;
 
   private:
@@ -110,6 +118,7 @@ class FakeBrowser : public Browser {
     // What the last start was given.
     std::optional<Arguments> given;
 
+    void locate() override;
     std::optional<pid_t> running() const override;
     bool isRunning(pid_t asked) const override;
     void launch(const std::filesystem::path& location, const Arguments& arguments,
@@ -188,6 +197,54 @@ class FakeCaller : public Caller {
     CallList& calls_;
 };
 
+class FakeSession : public Session {
+  public:
+    explicit FakeSession(CallList& calls) : calls_(calls) {}
+
+    Place place = Place::resident;
+    bool reopens = true;
+    ApplicationEvents* events = nullptr;  // once joined
+
+    Place join(ApplicationEvents& receiver) override;
+    bool reopenResident(const std::optional<std::string>& activationToken) override;
+
+  private:
+    CallList& calls_;
+};
+
+class FakeUserInterface : public UserInterface {
+  public:
+    explicit FakeUserInterface(CallList& calls) : calls_(calls) {}
+
+    std::vector<Menu> mainMenu;
+    std::optional<StatusItem> statusItem;
+    Perform performOfMainMenu;
+    Perform performOfStatusItem;
+    std::expected<void, PlatformError> opened;
+
+    void installMainMenu(const std::vector<Menu>& menus, Perform perform) override;
+    void showStatusItem(const StatusItem& item, Perform perform) override;
+    void removeStatusItem() override;
+    void showSettings(const std::optional<std::string>& activationToken) override;
+    std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) override;
+
+  private:
+    CallList& calls_;
+};
+
+class FakePreferences : public Preferences {
+  public:
+    explicit FakePreferences(CallList& calls) : calls_(calls) {}
+
+    std::map<std::string, bool, std::less<>> flags;
+
+    bool flag(std::string_view key) const override;
+    void setFlag(std::string_view key, bool value) override;
+
+  private:
+    CallList& calls_;
+};
+
 class FakePlatform {
   public:
     FakePlatform() = default;
@@ -208,6 +265,9 @@ class FakePlatform {
     FakeLaunchLock launchLock{calls};
     FakeDialogs dialogs{calls};
     FakeCaller caller{calls};
+    FakeSession session{calls};
+    FakeUserInterface userInterface{calls};
+    FakePreferences preferences{calls};
 };
 
 }  // namespace ferrivane::test

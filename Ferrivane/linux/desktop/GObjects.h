@@ -18,4 +18,14 @@ struct VariantRelease {
 };
 using VariantPointer = std::unique_ptr<GVariant, VariantRelease>;
 
+struct ErrorRelease {
+    void operator()(GError* error) const { g_error_free(error); }
+};
+using ErrorPointer = std::unique_ptr<GError, ErrorRelease>;
+
+struct MemoryRelease {
+    void operator()(gchar* text) const { g_free(text); }
+};
+using TextPointer = std::unique_ptr<gchar, MemoryRelease>;
+
 }  // namespace ferrivane

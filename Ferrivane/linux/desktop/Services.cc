@@ -1,5 +1,9 @@
 // The module's entry.
 #include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/desktop/Application.h"
+#include "Ferrivane/linux/desktop/Documents.h"
+#include "Ferrivane/linux/desktop/KeyFile.h"
+#include "Ferrivane/linux/desktop/MainContext.h"
 #include "Ferrivane/linux/desktop/Registry.h"
 #include "Ferrivane/linux/desktop/SessionBus.h"
 #include "Ferrivane/linux/desktop/Windows.h"
@@ -9,13 +13,32 @@ namespace {
 
 class Services : public DesktopServices {
   public:
+    void attach(Loop loop) override { MainContext::attach(std::move(loop)); }
+    void iterate() override { MainContext::iterate(); }
     std::optional<std::filesystem::path> handler(std::string_view scheme) override {
         return Registry::handler(scheme);
     }
     std::optional<pid_t> busNameOwner(std::string_view name) override {
         return SessionBus::nameOwner(name);
     }
+    NameClaim serve(const std::string& applicationId, Calls calls) override {
+        return Application::serve(applicationId, std::move(calls));
+    }
+    bool activate(const std::string& applicationId,
+                  const std::optional<std::string>& activationToken) override {
+        return Application::activate(applicationId, activationToken);
+    }
+    std::expected<void, std::string> open(const std::filesystem::path& file) override {
+        return Documents::open(file);
+    }
+    bool flag(const std::filesystem::path& file, const std::string& key) override {
+        return KeyFile::flag(file, key);
+    }
+    bool setFlag(const std::filesystem::path& file, const std::string& key, bool value) override {
+        return KeyFile::setFlag(file, key, value);
+    }
     void moveToOwnScope(pid_t process) override { SessionBus::moveToOwnScope(process); }
+    bool hasDisplay() override { return Windows::canConnect(); }
     std::optional<Window> activeWindow() override { return Windows::active(); }
     bool activateTopmostWindow(pid_t process) override { return Windows::activateTopmost(process); }
 };

@@ -13,17 +13,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/desktop/GObjects.h"
 
 namespace ferrivane::SessionBus {
 namespace {
 
 constexpr int kTimeoutMilliseconds = 2000;
-
-std::string environment(const char* variable) {
-    const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
-    return value != nullptr ? value : "";
-}
 
 // GIO would start a bus of its own when it finds none, or an address that asks for it.
 bool hasBus() {
@@ -46,14 +42,6 @@ GDBusConnection* connectInTime() {
         if (!connected.stop_requested()) g_cancellable_cancel(attempt.get());
     });
     return g_bus_get_sync(G_BUS_TYPE_SESSION, attempt.get(), nullptr);
-}
-
-GDBusConnection* connection() {
-    if (!hasBus()) return nullptr;
-    static const ObjectPointer<GDBusConnection> bus(connectInTime());
-    // The end of the bus is not ours.
-    if (bus) g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-    return bus.get();
 }
 
 // The process that leads a session and those that it has started in it, as far as they are alive.
@@ -83,6 +71,14 @@ VariantPointer call(const char* destination, const char* path, const char* inter
 }
 
 }  // namespace
+
+GDBusConnection* connection() {
+    if (!hasBus()) return nullptr;
+    static const ObjectPointer<GDBusConnection> bus(connectInTime());
+    // The end of the bus is not ours.
+    if (bus) g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    return bus.get();
+}
 
 std::optional<pid_t> nameOwner(std::string_view name) {
     const VariantPointer reply =

@@ -1,12 +1,16 @@
-// Questions to the session's D-Bus and to the user's systemd. No bus is ever started.
+// The session's D-Bus, and questions to it and to the user's systemd. No bus is ever started.
 #pragma once
 
 #include <optional>
 #include <string_view>
 
+#include <gio/gio.h>
 #include <sys/types.h>
 
 namespace ferrivane::SessionBus {
+
+// Made at the first call that finds a bus, and kept; null without one.
+GDBusConnection* connection();
 
 std::optional<pid_t> nameOwner(std::string_view name);
 

@@ -144,6 +144,10 @@ std::optional<std::string> applicationClass(const Server& server, xcb_window_t w
 
 }  // namespace
 
+bool canConnect() {
+    return Server().isConnected();
+}
+
 std::optional<DesktopServices::Window> active() {
     const Server server;
     if (!server.isConnected() || !server.hasWindowManager()) return std::nullopt;

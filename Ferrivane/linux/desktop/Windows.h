@@ -6,6 +6,8 @@
 
 namespace ferrivane::Windows {
 
+bool canConnect();
+
 // Absent without an X server or a window manager; without a process when no window is active.
 std::optional<DesktopServices::Window> active();
 

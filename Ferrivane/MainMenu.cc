@@ -1,0 +1,31 @@
+#include "Ferrivane/MainMenu.h"
+
+namespace ferrivane::MainMenu {
+
+std::vector<Menu> menus() {
+    return {{.title = "Ferrivane",
+             .items = {{Command::about, "About Ferrivane"},
+                       {},
+                       {Command::settings, "Settings…", ","},
+                       {},
+                       {Command::hide, "Hide Ferrivane", "h"},
+                       {Command::quit, "Quit Ferrivane", "q"}}},
+            {.title = "Edit",
+             .items = {{Command::undo, "Undo", "z"},
+                       {Command::redo, "Redo", "Z"},
+                       {},
+                       {Command::cut, "Cut", "x"},
+                       {Command::copy, "Copy", "c"},
+                       {Command::paste, "Paste", "v"},
+                       {Command::selectAll, "Select All", "a"}}},
+            {.title = "Window",
+             .items = {{Command::close, "Close", "w"}, {Command::minimize, "Minimize", "m"}}}};
+}
+
+void install(UserInterface& interface, const std::function<void()>& settingsAction) {
+    interface.installMainMenu(menus(), [settingsAction](Command command) {
+        if (command == Command::settings) settingsAction();
+    });
+}
+
+}  // namespace ferrivane::MainMenu

@@ -1,0 +1,52 @@
+#include "Ferrivane/linux/LinuxDialogs.h"
+
+#include <chrono>
+
+#include <unistd.h>
+
+#include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/Toolkit.h"
+
+namespace ferrivane {
+
+using namespace std::chrono_literals;
+
+// Loading a toolkit takes a while; whoever waits for us is told before.
+static constexpr auto kLoadingDelay = 10ms;
+static constexpr auto kMappingTime = 100ms;
+
+void LinuxDialogs::showLaunchFailure(const LaunchFailureAlert& alert) {
+    terminal_.showLaunchFailure(alert);
+    if (alerts_.size() == mostWaiting) return;
+    alerts_.push_back(alert);
+    if (alerts_.size() == 1) loop_.after(kLoadingDelay, [this] { showNext(); });
+}
+
+void LinuxDialogs::showNext() {
+    const auto shown = toolkit(loop_);
+    if (!shown) return alerts_.clear();
+    loop_.retain();
+    (*shown)->showLaunchFailure(alerts_.front(), [this](bool holds) { closed(holds); });
+    // A window manager may leave the window of a program in the background where it is.
+    loop_.after(kMappingTime, [] {
+        if (DesktopServices* services = desktopServices()) {
+            services->activateTopmostWindow(::getpid());
+        }
+    });
+}
+
+void LinuxDialogs::closed(bool holdsClipboard) {
+    if (holdsClipboard && !holdsClipboard_) {
+        holdsClipboard_ = true;
+        loop_.retain();
+        (*toolkit(loop_))->whenClipboardIsFree([this] {
+            holdsClipboard_ = false;
+            loop_.release();
+        });
+    }
+    loop_.release();
+    alerts_.pop_front();
+    if (!alerts_.empty()) loop_.after({}, [this] { showNext(); });
+}
+
+}  // namespace ferrivane

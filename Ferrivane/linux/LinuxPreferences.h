@@ -1,0 +1,14 @@
+// Preferences in preferences.ini beside rules.json.
+#pragma once
+
+#include "Ferrivane/platform/Preferences.h"
+
+namespace ferrivane {
+
+class LinuxPreferences : public Preferences {
+  public:
+    bool flag(std::string_view key) const override;
+    void setFlag(std::string_view key, bool value) override;
+};
+
+}  // namespace ferrivane

@@ -1,0 +1,13 @@
+// The shared objects that are loaded only when needed. They lie beside the executable in a build
+// folder, and in a library folder of their own once installed.
+#pragma once
+
+#include <string>
+
+namespace ferrivane::Modules {
+
+// The address of a module's entry; null, with a line on standard error, when it cannot be loaded.
+// A loaded module stays.
+void* load(const std::string& fileName, const char* entry);
+
+}  // namespace ferrivane::Modules

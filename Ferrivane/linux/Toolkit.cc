@@ -1,0 +1,64 @@
+#include "Ferrivane/linux/Toolkit.h"
+
+#include <cstring>
+#include <filesystem>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/Environment.h"
+#include "Ferrivane/linux/Modules.h"
+#include "Ferrivane/linux/Version.h"
+#include "core/support/FileDescriptor.h"
+
+namespace ferrivane {
+namespace {
+
+bool canConnectToWayland() {
+    const std::string display = environment("WAYLAND_DISPLAY");
+    if (display.empty()) return false;
+    const std::string path = std::filesystem::path(environment("XDG_RUNTIME_DIR")) / display;
+    sockaddr_un address{};
+    if (path.size() >= sizeof address.sun_path) return false;
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+           0;
+}
+
+// The toolkit ends the process when it finds no display, so it is not asked before there is one.
+// Its names of what can be reached, the preferred one first, separated by ";".
+std::string platforms(DesktopServices& services) {
+    if (const std::string chosen = environment("QT_QPA_PLATFORM"); chosen == "offscreen") {
+        return chosen;
+    }
+    const bool hasX = !environment("DISPLAY").empty() && services.hasDisplay();
+    const bool hasWayland = canConnectToWayland();
+    if (!hasX || !hasWayland) return hasX ? "xcb" : hasWayland ? "wayland" : "";
+    // GNOME draws no title bars for others.
+    const bool isGnome = environment("XDG_CURRENT_DESKTOP").find("GNOME") != std::string::npos;
+    return isGnome ? "xcb;wayland" : "wayland;xcb";
+}
+
+}  // namespace
+
+std::expected<Toolkit*, std::string> toolkit(EventLoop& loop) {
+    static Toolkit* loaded = nullptr;
+    if (loaded != nullptr) return loaded;
+    DesktopServices* const services = desktopServices();
+    if (services == nullptr) return std::unexpected("the desktop's libraries are missing");
+    const std::string reachable = platforms(*services);
+    if (reachable.empty()) return std::unexpected("no display");
+    using Create = Toolkit* (*)(const char* platforms);
+    const std::string module = "ferrivane-ui-" + std::string(buildVersion()) + ".so";
+    const auto create = reinterpret_cast<Create>(Modules::load(module, "ferrivane_toolkit"));
+    if (create == nullptr) return std::unexpected(module + " is missing");
+    attachTo(*services, loop);
+    loaded = create(reachable.c_str());
+    if (loaded == nullptr) return std::unexpected("no plugin of the toolkit for this display");
+    return loaded;
+}
+
+}  // namespace ferrivane

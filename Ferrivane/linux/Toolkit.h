@@ -1,0 +1,30 @@
+// What takes a toolkit: windows, alerts, the clipboard (Qt). It lives in a module of its own,
+// loaded when something is first to be shown. Main thread only.
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <string>
+
+#include "Ferrivane/linux/EventLoop.h"
+#include "Ferrivane/platform/Dialogs.h"
+
+namespace ferrivane {
+
+class Toolkit {
+  public:
+    virtual ~Toolkit() = default;
+
+    // Returns at once. `closed` is called when the person has answered; `holdsClipboard` tells
+    // whether the link is now on the clipboard, which lives only as long as this process.
+    virtual void showLaunchFailure(const LaunchFailureAlert& alert,
+                                   std::function<void(bool holdsClipboard)> closed) = 0;
+    // Calls `work` once another program has taken the clipboard, or after ten minutes.
+    virtual void whenClipboardIsFree(std::function<void()> work) = 0;
+};
+
+// The module, loaded at the first call that finds a display, its work done by this loop from then
+// on. The error says why nothing can be shown now; a later call may find a display.
+std::expected<Toolkit*, std::string> toolkit(EventLoop& loop);
+
+}  // namespace ferrivane

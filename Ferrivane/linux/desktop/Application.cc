@@ -1,0 +1,160 @@
+#include "Ferrivane/linux/desktop/Application.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Ferrivane/linux/desktop/GObjects.h"
+#include "Ferrivane/linux/desktop/SessionBus.h"
+
+namespace ferrivane::Application {
+namespace {
+
+using Calls = DesktopServices::Calls;
+using NameClaim = DesktopServices::NameClaim;
+
+constexpr const char* kInterface = "org.freedesktop.Application";
+constexpr int kTimeoutMilliseconds = 2000;
+constexpr const char* kDescription = R"(
+<node>
+  <interface name="org.freedesktop.Application">
+    <method name="Activate">
+      <arg type="a{sv}" name="platform_data" direction="in"/>
+    </method>
+    <method name="Open">
+      <arg type="as" name="uris" direction="in"/>
+      <arg type="a{sv}" name="platform_data" direction="in"/>
+    </method>
+    <method name="ActivateAction">
+      <arg type="s" name="action_name" direction="in"/>
+      <arg type="av" name="parameter" direction="in"/>
+      <arg type="a{sv}" name="platform_data" direction="in"/>
+    </method>
+  </interface>
+</node>)";
+
+// "org.example.App" lies at "/org/example/App", with "_" for "-".
+std::string objectPath(const std::string& applicationId) {
+    std::string path = "/" + applicationId;
+    std::ranges::replace(path, '.', '/');
+    std::ranges::replace(path, '-', '_');
+    return path;
+}
+
+VariantPointer askBus(GDBusConnection* bus, const char* method, GVariant* arguments) {
+    return VariantPointer(g_dbus_connection_call_sync(
+        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+        arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kTimeoutMilliseconds, nullptr, nullptr));
+}
+
+std::optional<pid_t> processOf(GDBusConnection* bus, const char* connectionName) {
+    const auto reply =
+        askBus(bus, "GetConnectionUnixProcessID", g_variant_new("(s)", connectionName));
+    if (!reply) return std::nullopt;
+    guint32 process = 0;
+    g_variant_get(reply.get(), "(u)", &process);
+    return static_cast<pid_t>(process);
+}
+
+std::optional<std::string> text(GVariant* dictionary, const char* key) {
+    const char* value = nullptr;
+    if (!g_variant_lookup(dictionary, key, "&s", &value) || *value == '\0') return std::nullopt;
+    return value;
+}
+
+std::vector<std::string> texts(GVariant* array) {
+    std::vector<std::string> result;
+    result.reserve(g_variant_n_children(array));
+    GVariantIter iterator;
+    g_variant_iter_init(&iterator, array);
+    const char* item = nullptr;
+    while (g_variant_iter_next(&iterator, "&s", &item)) result.emplace_back(item);
+    return result;
+}
+
+VariantPointer child(GVariant* tuple, gsize index) {
+    return VariantPointer(g_variant_get_child_value(tuple, index));
+}
+
+// Whoever sent the call lives only until the reply, so it is looked at before.
+void handle(GDBusConnection* bus, const gchar* sender, const gchar*, const gchar*,
+            const gchar* methodName, GVariant* parameters, GDBusMethodInvocation* invocation,
+            gpointer data) {
+    const Calls& calls = *static_cast<const Calls*>(data);
+    const std::string_view method = methodName;
+    const auto platformData = child(parameters, g_variant_n_children(parameters) - 1);
+    Calls::Sender from{.process = {},
+                       .startupId = text(platformData.get(), "desktop-startup-id").value_or(""),
+                       .activationToken = text(platformData.get(), "activation-token")};
+    bool isTaken = true;
+    if (method == "Open") {
+        from.process = processOf(bus, sender);
+        isTaken = calls.open(texts(child(parameters, 0).get()), from);
+    } else if (method == "ActivateAction") {
+        const auto name = child(parameters, 0);
+        isTaken = calls.activateAction(g_variant_get_string(name.get(), nullptr), from);
+    } else {
+        calls.activate(from);
+    }
+    if (isTaken) {
+        g_dbus_method_invocation_return_value(invocation, nullptr);
+    } else {
+        g_dbus_method_invocation_return_dbus_error(invocation,
+                                                   "org.freedesktop.DBus.Error.InvalidArgs",
+                                                   "Refused. The log of Ferrivane says why.");
+    }
+}
+
+void busClosed(GDBusConnection*, gboolean, GError*, gpointer data) {
+    static_cast<const Calls*>(data)->busEnded();
+}
+
+bool registerObject(GDBusConnection* bus, const std::string& path, Calls& calls) {
+    static GDBusNodeInfo* const description = g_dbus_node_info_new_for_xml(kDescription, nullptr);
+    static const GDBusInterfaceVTable table{handle, nullptr, nullptr, {}};
+    return g_dbus_connection_register_object(
+               bus, path.c_str(), g_dbus_node_info_lookup_interface(description, kInterface),
+               &table, &calls, nullptr, nullptr) != 0;
+}
+
+}  // namespace
+
+NameClaim serve(const std::string& applicationId, Calls calls) {
+    static Calls served;
+    GDBusConnection* const bus = SessionBus::connection();
+    if (bus == nullptr) return NameClaim::noBus;
+    served = std::move(calls);
+    // First the object, then the name: whoever sees the name may call at once.
+    if (!registerObject(bus, objectPath(applicationId), served)) return NameClaim::noBus;
+    constexpr guint32 kDoNotQueue = 4;
+    constexpr guint32 kPrimaryOwner = 1;
+    const auto reply =
+        askBus(bus, "RequestName", g_variant_new("(su)", applicationId.c_str(), kDoNotQueue));
+    if (!reply) return NameClaim::noBus;
+    guint32 result = 0;
+    g_variant_get(reply.get(), "(u)", &result);
+    if (result != kPrimaryOwner) return NameClaim::taken;
+    g_signal_connect(bus, "closed", G_CALLBACK(busClosed), &served);
+    return NameClaim::owned;
+}
+
+bool activate(const std::string& applicationId, const std::optional<std::string>& activationToken) {
+    GDBusConnection* const bus = SessionBus::connection();
+    if (bus == nullptr) return false;
+    GVariantBuilder platformData;
+    g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
+    if (activationToken) {
+        for (const char* key : {"activation-token", "desktop-startup-id"}) {
+            g_variant_builder_add(&platformData, "{sv}", key,
+                                  g_variant_new_string(activationToken->c_str()));
+        }
+    }
+    const VariantPointer reply(
+        g_dbus_connection_call_sync(bus, applicationId.c_str(), objectPath(applicationId).c_str(),
+                                    kInterface, "Activate", g_variant_new("(a{sv})", &platformData),
+                                    nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    return reply != nullptr;
+}
+
+}  // namespace ferrivane::Application

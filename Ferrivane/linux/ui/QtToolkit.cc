@@ -1,0 +1,80 @@
+// The module's entry.
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QLibraryInfo>
+#include <QTimer>
+#include <array>
+#include <string>
+#include <utility>
+
+#include "Ferrivane/linux/Toolkit.h"
+#include "Ferrivane/linux/ui/Alert.h"
+
+namespace ferrivane {
+namespace {
+
+constexpr int kClipboardMilliseconds = 10 * 60 * 1000;
+
+class QtToolkit : public Toolkit {
+  public:
+    void showLaunchFailure(const LaunchFailureAlert& alert,
+                           std::function<void(bool holdsClipboard)> closed) override {
+        auto* window =
+            new Alert(alert, [link = alert.link, closed = std::move(closed)](std::size_t button) {
+                constexpr std::size_t kCopyLink = 0;
+                if (button == kCopyLink) {
+                    QGuiApplication::clipboard()->clear();
+                    QGuiApplication::clipboard()->setText(QString::fromStdString(link));
+                }
+                closed(button == kCopyLink);
+            });
+        window->show();
+        window->raise();
+        window->activateWindow();
+    }
+
+    void whenClipboardIsFree(std::function<void()> work) override {
+        auto* watch = new QObject(qApp);
+        const auto finish = [watch, work = std::move(work)] {
+            watch->deleteLater();
+            work();
+        };
+        QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, watch, [finish] {
+            if (!QGuiApplication::clipboard()->ownsClipboard()) finish();
+        });
+        QTimer::singleShot(kClipboardMilliseconds, watch, finish);
+    }
+};
+
+// Those of the platforms that are installed as plugins.
+std::string available(const std::string& platforms) {
+    const QDir folder(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platforms");
+    QStringList found;
+    for (const QString& platform : QString::fromStdString(platforms).split(';')) {
+        if (!folder.entryList({"libq" + platform + "*.so"}).isEmpty()) found += platform;
+    }
+    return found.join(';').toStdString();
+}
+
+}  // namespace
+}  // namespace ferrivane
+
+// Null when the toolkit has no plugin for any of the platforms, which are separated by ";".
+extern "C" __attribute__((visibility("default"))) ferrivane::Toolkit* ferrivane_toolkit(
+    const char* platforms) {
+    static std::string usable = ferrivane::available(platforms);
+    if (usable.empty()) return nullptr;
+    qunsetenv("QT_NO_GLIB");  // GLib's loop is the one that runs
+    QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
+    QCoreApplication::setApplicationName(QStringLiteral("Ferrivane"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.hollowmere.ferrivane"));
+    static std::string name = "Ferrivane";
+    static std::string option = "-platform";
+    static std::array<char*, 4> arguments{name.data(), option.data(), usable.data(), nullptr};
+    static int count = 3;
+    new QApplication(count, arguments.data());  // never deleted: that gives no memory back
+    QApplication::setQuitOnLastWindowClosed(false);
+    static ferrivane::QtToolkit toolkit;
+    return &toolkit;
+}

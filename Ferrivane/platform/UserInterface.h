@@ -1,0 +1,33 @@
+// What a person sees and uses of the resident application. Main thread only.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Ferrivane/platform/Browser.h"
+#include "Ferrivane/platform/Menu.h"
+
+namespace ferrivane {
+
+class UserInterface {
+  public:
+    // Receives the command of a chosen item, unless the toolkit itself carries it out.
+    using Perform = std::function<void(Command)>;
+
+    virtual ~UserInterface() = default;
+
+    // The last menu is the one of the windows.
+    virtual void installMainMenu(const std::vector<Menu>& menus, Perform perform) = 0;
+    virtual void showStatusItem(const StatusItem& item, Perform perform) = 0;
+    virtual void removeStatusItem() = 0;
+    // A token lets the window come to the front.
+    virtual void showSettings(const std::optional<std::string>& activationToken) = 0;
+    // Opens a document with the person's application for it.
+    virtual std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) = 0;
+};
+
+}  // namespace ferrivane

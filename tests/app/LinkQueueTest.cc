@@ -1,0 +1,91 @@
+#include <gmock/gmock.h>
+
+#include "Ferrivane/LinkQueue.h"
+#include "tests/app/AppTest.h"
+
+namespace ferrivane {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+
+class LinkQueueTest : public test::AppTest {
+  protected:
+    LinkQueueTest() { writeRules("{}"); }
+
+    void add(const std::string& url) {
+        queue.add({url, {}, {}}, [this, url](bool opened) {
+            happened.push_back(url + (opened ? " opened" : " failed"));
+        });
+    }
+
+    LinkQueue queue{fake.platform(), log, rulesFile};
+    std::vector<std::string> happened;
+};
+
+TEST_F(LinkQueueTest, NothingIsDoneBeforeAddReturns) {
+    add("https://a/");
+    EXPECT_TRUE(fake.calls.empty());
+    EXPECT_EQ(queue.count(), 1U);
+    EXPECT_EQ(queue.bytes(), 10U);
+    fake.mainLoop.runUntilIdle();
+    EXPECT_THAT(happened, ElementsAre("https://a/ opened"));
+    EXPECT_EQ(queue.count(), 0U);
+    EXPECT_EQ(queue.bytes(), 0U);
+}
+
+TEST_F(LinkQueueTest, TheNextStartsWhenTheOneBeforeIsOver) {
+    fake.browser.launchTakes = 100ms;
+    add("https://a/");
+    add("-x");
+    add("https://b/");
+    fake.mainLoop.advance(50ms);
+    EXPECT_EQ(queue.count(), 2U);
+    EXPECT_EQ(fake.calls.count("browser.launch"), 1U);
+    fake.mainLoop.runUntilIdle();
+    EXPECT_THAT(happened, ElementsAre("https://a/ opened", "-x failed", "https://b/ opened"));
+}
+
+TEST_F(LinkQueueTest, TheBrowserIsLookedForAnewBeforeEachLink) {
+    add("https://a/");
+    add("https://b/");
+    fake.mainLoop.runUntilIdle();
+    EXPECT_THAT(fake.calls.of({"browser.l"}),
+                ElementsAre("browser.locate",
+                            "browser.launch /apps/google-chrome.desktop "
+                            "[--profile-directory=Default] [https://a/]",
+                            "browser.locate",
+                            "browser.launch /apps/google-chrome.desktop "
+                            "[--profile-directory=Default] [https://b/]"));
+}
+
+TEST_F(LinkQueueTest, AChangeOfTheRulesCountsForLinksThatWait) {
+    fake.browser.launchTakes = 100ms;
+    add("https://a/");
+    add("https://b/");
+    fake.mainLoop.advance(50ms);
+    writeRules(R"({"defaultProfile": "Profile 7"})");
+    fake.mainLoop.runUntilIdle();
+    EXPECT_THAT(fake.calls.of({"browser.launch"}).back(),
+                ::testing::HasSubstr("--profile-directory=Profile 7"));
+}
+
+TEST_F(LinkQueueTest, IdleIsWhenTheLastLinkIsOver) {
+    fake.browser.launchTakes = 100ms;
+    add("https://a/");
+    queue.whenIdle([this] { happened.emplace_back("idle"); });
+    add("https://b/");
+    EXPECT_TRUE(happened.empty());
+    fake.mainLoop.runUntilIdle();
+    EXPECT_THAT(happened, ElementsAre("https://a/ opened", "https://b/ opened", "idle"));
+    queue.whenIdle([this] { happened.emplace_back("idle again"); });
+    EXPECT_EQ(happened.size(), 3U) << "never before it returns";
+    fake.mainLoop.runUntilIdle();
+    EXPECT_EQ(happened.back(), "idle again");
+    add("https://c/");
+    fake.mainLoop.runUntilIdle();
+    EXPECT_EQ(happened.back(), "https://c/ opened") << "told once";
+}
+
+}  // namespace
+}  // namespace ferrivane
