@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""The system that tests may write to is theirs alone."""
+
+import subprocess
+import sys
+from pathlib import Path
+
+from package_case import PackageCase, main
+
+import scratch_root
+from processes import wait_until
+
+WRITES = """
+import pathlib, subprocess, sys
+sys.path.insert(0, sys.argv[1])
+import scratch_root
+for name in sys.argv[2:]:
+    path = pathlib.Path(name)
+    path.unlink() if path.exists() else path.write_text("here")
+print(scratch_root.is_inside(), *sorted(map(str, scratch_root.written())))
+subprocess.Popen(["sleep", "297.5"], stdout=subprocess.DEVNULL)
+sys.exit(7)
+"""
+
+
+def sleepers():
+    """Processes that are still what the program above has left."""
+    return [path for path in Path("/proc").glob("[0-9]*/cmdline") if _read(path) == b"sleep\x00297.5\x00"]
+
+
+def _read(path):
+    try:
+        return path.read_bytes()
+    except OSError:
+        return b""
+
+
+class ScratchRoot(PackageCase):
+    def test_what_is_done_there_is_seen_there_only(self):
+        new = [f"/{folder}/fv-{self.root.name}" for folder in scratch_root.FOLDERS]
+        gone = "/etc/passwd"
+        support = Path(scratch_root.__file__).parent
+        output = self.root / "output"
+        with output.open("w") as file:
+            status = scratch_root.run([sys.executable, "-c", WRITES, support, *new, gone], stdout=file)
+        self.assertEqual(status, 7)
+        self.assertEqual(output.read_text().split(), ["True", *sorted(new)])
+        self.assertEqual([Path(name).exists() for name in [*new, gone]], [False] * 3 + [True])
+        self.assertFalse(scratch_root.is_inside())
+        wait_until(lambda: not sleepers(), 10, "end of what was started in there")
+
+    def test_ends_with_the_program_that_asked_for_it(self):
+        support = Path(scratch_root.__file__).parent
+        program = ("import sys; sys.path.insert(0, sys.argv[1]); import scratch_root\n"
+                   "scratch_root.run(['sleep', '297.5'])")
+        child = subprocess.Popen([sys.executable, "-c", program, support])
+        try:
+            wait_until(sleepers, 30, "start in there")
+        finally:
+            child.terminate()
+            child.wait()
+        wait_until(lambda: not sleepers(), 10, "end of what was started in there")
+
+
+if __name__ == "__main__":
+    main()
