@@ -1,4 +1,4 @@
-# After an installation into a folder that this session's desktop reads: refreshes what it keeps of it.
+# After a change in a folder that this session's desktop reads: refreshes what it keeps of it.
 # Each step is a convenience, so one that fails or has no tool is passed over.
 cmake_policy(VERSION 3.25)
 

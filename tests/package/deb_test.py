@@ -4,7 +4,7 @@
 import gzip
 import tarfile
 
-from package_case import FILES, ID, VERSION, PackageCase, entry, main, modules, without_modules
+from package_case import FILES, ID, MODULES, VERSION, PackageCase, entry, main, without_modules
 
 DEBIAN = {
     "usr/share/doc/ferrivane/changelog.gz",
@@ -46,13 +46,14 @@ class Deb(PackageCase):
 
     def test_depends_on_what_the_program_and_its_modules_are_linked_with(self):
         depends = self.field("Depends")
-        for library in ("libc6 (", "libstdc++6 (", "libsimdjson", "libglib2.0-0", "libxcb1"):
+        for library in ("libc6 (", "libstdc++6 (", "libsimdjson", "libglib2.0-0", "libxcb1",
+                        "libqt6widgets6"):
             self.assertIn(library, depends)
 
     def test_files(self):
         files = {name for name, member in self.members().items() if not member.isdir()}
         expected = {f"usr/{PLACES.get(file, file)}" for file in FILES} | DEBIAN
-        self.assertEqual(without_modules(files), (expected, modules()))
+        self.assertEqual(without_modules(files), (expected, MODULES))
 
     def test_files_belong_to_root_and_can_be_read_by_everybody(self):
         for name, member in self.members().items():

@@ -4,7 +4,7 @@
 import shutil
 import subprocess
 
-from package_case import BUILD, FILES, ID, PackageCase, files_below, main, without_modules
+from package_case import BUILD, FILES, ID, SOURCES, PackageCase, files_below, main, without_modules
 
 
 class Session(PackageCase):
@@ -31,6 +31,30 @@ class Session(PackageCase):
             self.assertIn(f"\n{kind}={ID}.desktop;\n", cache)
         files = files_below(self.prefix) - {"share/applications/mimeinfo.cache"}
         self.assertEqual(without_modules(files)[0], FILES)
+
+    def uninstall(self, prefix, **options):
+        return self.run_command("cmake", "-D", f"CMAKE_INSTALL_PREFIX={prefix}", "-P",
+                                SOURCES / "cmake/Uninstall.cmake", **options)
+
+    def test_taken_away_again(self):
+        kept = {".config/ferrivane/rules.json", ".local/state/ferrivane/ferrivane.log",
+                ".local/share/applications/other.desktop", ".local/lib/other/ferrivane.so"}
+        for name in kept:
+            (self.home / name).parent.mkdir(parents=True, exist_ok=True)
+            (self.home / name).write_text("[Desktop Entry]\n")
+        self.install(self.prefix)
+        self.uninstall(self.prefix)
+        cache = ".local/share/applications/mimeinfo.cache"
+        self.assertEqual(files_below(self.home), kept | {cache})
+        self.assertNotIn(ID, (self.home / cache).read_text())
+        self.assertFalse((self.prefix / "lib/ferrivane").exists())
+
+    def test_nothing_is_taken_away_where_nothing_is_installed(self):
+        (self.home / "lib/ferrivane").mkdir(parents=True)
+        for prefix in (self.home, ""):
+            out = self.uninstall(prefix, status=1, stderr=subprocess.STDOUT)
+            self.assertIn("Ferrivane is not installed in", out)
+        self.assertTrue((self.home / "lib/ferrivane").exists())
 
     def test_data_folder_named_by_the_environment(self):
         self.install(self.root / "own", env={"XDG_DATA_HOME": f"{self.root}/own/share"})
