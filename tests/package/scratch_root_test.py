@@ -49,6 +49,17 @@ class ScratchRoot(PackageCase):
         self.assertFalse(scratch_root.is_inside())
         wait_until(lambda: not sleepers(), 10, "end of what was started in there")
 
+    def test_files_that_a_container_mounts_are_seen(self):
+        """A container is played by a mount namespace around it."""
+        hosts = self.root / "hosts"
+        hosts.write_text("127.0.0.1 here.example\n")
+        program = ("import sys; sys.path.insert(0, sys.argv[1]); import scratch_root\n"
+                   "scratch_root.run(['cat', '/etc/hosts'])")
+        out = self.run_command(*scratch_root.as_root(self.env), "unshare", "--mount", "sh", "-c",
+                               'mount --bind "$0" /etc/hosts && exec "$@"', hosts,
+                               sys.executable, "-c", program, Path(scratch_root.__file__).parent)
+        self.assertEqual(out, "127.0.0.1 here.example\n")
+
     def test_ends_with_the_program_that_asked_for_it(self):
         support = Path(scratch_root.__file__).parent
         program = ("import sys; sys.path.insert(0, sys.argv[1]); import scratch_root\n"

@@ -1,10 +1,16 @@
 #!/usr/bin/env python3
 """An installation into the home: the running session learns of it, and needs nothing for that."""
 
+import os
 import shutil
+import signal
 import subprocess
+from pathlib import Path
 
-from package_case import BUILD, FILES, ID, SOURCES, PackageCase, files_below, main, without_modules
+from package_case import (BUILD, FILES, ID, LONG, SOURCES, PackageCase, files_below, main,
+                          without_modules)
+
+from processes import wait_until
 
 
 class Session(PackageCase):
@@ -15,13 +21,17 @@ class Session(PackageCase):
 
     def start_bus(self):
         # Without the variable it looks below the account's home, whatever $HOME is.
-        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
-                               env=self.env | {"XDG_DATA_HOME": str(self.prefix / "share")},
+        env = self.env | {"XDG_DATA_HOME": str(self.prefix / "share")}
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], env=env,
                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self.addCleanup(bus.stdout.close)
         self.addCleanup(bus.wait)
         self.addCleanup(bus.kill)
         return {"DBUS_SESSION_BUS_ADDRESS": bus.stdout.readline().strip()}
+
+    def call_bus(self, bus, method, *arguments):
+        return self.run_command("dbus-send", "--session", "--dest=org.freedesktop.DBus", "--print-reply",
+                                "/", f"org.freedesktop.DBus.{method}", *arguments, env=bus)
 
     def test_handlers_are_known_at_once(self):
         self.install(self.prefix)
@@ -68,13 +78,20 @@ class Session(PackageCase):
     def test_running_bus_learns_of_the_agent(self):
         bus = self.start_bus()
 
-        def activatable():
-            return self.run_command("dbus-send", "--session", "--dest=org.freedesktop.DBus",
-                                    "--print-reply", "/", "org.freedesktop.DBus.ListActivatableNames",
-                                    env=bus)
-        self.assertNotIn(ID, activatable())
+        self.assertNotIn(ID, self.call_bus(bus, "ListActivatableNames"))
         self.install(self.prefix, env=bus)
-        self.assertIn(f'"{ID}"', activatable())
+        self.assertIn(f'"{ID}"', self.call_bus(bus, "ListActivatableNames"))
+
+    def test_bus_starts_the_agent(self):
+        bus = self.start_bus()
+        self.install(self.prefix, env=bus)
+        self.call_bus(bus, "StartServiceByName", f"string:{ID}", "uint32:0")
+        answer = self.call_bus(bus, "GetConnectionUnixProcessID", f"string:{ID}")
+        agent = Path("/proc", answer.split()[-1])
+        self.addCleanup(wait_until, lambda: not (agent / "exe").exists(), LONG, "end of the agent")
+        self.addCleanup(os.kill, int(agent.name), signal.SIGTERM)
+        self.assertEqual((agent / "cmdline").read_bytes(),
+                         f"{self.prefix}/bin/Ferrivane\0--agent\0".encode())
 
     def test_no_bus_is_started(self):
         sent = self.stand_in("dbus-send")

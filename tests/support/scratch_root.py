@@ -32,7 +32,7 @@ def run(command, **options):
     env = options.pop("env", os.environ)
     inside = ["unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc",
               sys.executable, __file__, *map(str, command)]
-    child = subprocess.Popen([*_as_root(env), *inside], env=env, preexec_fn=_end_with_parent, **options)
+    child = subprocess.Popen([*as_root(env), *inside], env=env, preexec_fn=_end_with_parent, **options)
     try:
         return child.wait()
     finally:
@@ -64,7 +64,8 @@ def _is_whiteout(path):
     return stat.S_ISCHR(found.st_mode) and found.st_rdev == 0
 
 
-def _as_root(env):
+def as_root(env):
+    """What to put before a command so that root runs it, with these variables."""
     if os.geteuid() == 0:
         return []
     if shutil.which("sudo") and subprocess.run(["sudo", "-n", "true"], capture_output=True).returncode == 0:
@@ -86,6 +87,16 @@ def _mount(*arguments):
                  "scratch_root: this system lets root mount nothing, not even for itself")
 
 
+def _keep_mounted_files(folder, upper):
+    """A view of a folder does not show what is mounted in it, as containers do with /etc/hosts."""
+    mounts = [Path(line.split()[4]) for line in Path("/proc/self/mountinfo").read_text().splitlines()]
+    for path in mounts:
+        if path.is_relative_to(folder) and path.is_file():
+            copy = upper / path.relative_to(folder)
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(path, copy)
+
+
 def _main(*command):
     # Under a folder that every system has, to begin with: so none is made that could stay.
     start = Path("/mnt")
@@ -94,6 +105,7 @@ def _main(*command):
         upper, work = start / "upper" / name, start / "work" / name
         upper.mkdir(parents=True)
         work.mkdir(parents=True)
+        _keep_mounted_files(Path("/", name), upper)
         _mount("-t", "overlay", "-o", f"lowerdir=/{name},upperdir={upper},workdir={work}", "ferrivane",
                f"/{name}")
     MEMORY.mkdir()
