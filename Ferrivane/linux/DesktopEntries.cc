@@ -191,6 +191,12 @@ std::string withoutSuffix(std::string name) {
     return name;
 }
 
+std::string idIn(const std::filesystem::path& folder, const std::filesystem::path& file) {
+    std::string id = withoutSuffix(file.lexically_relative(folder).string());
+    std::ranges::replace(id, '/', '-');
+    return id;
+}
+
 // The file of an entry's name below a folder. A dash may stand for a folder.
 std::optional<std::filesystem::path> fileIn(const std::filesystem::path& folder,
                                             const std::string& name) {
@@ -289,9 +295,7 @@ std::optional<DesktopEntry> DesktopEntries::findByProgram(
                           text->find(target.filename().string()) == std::string::npos)) {
                 continue;
             }
-            std::string id = withoutSuffix(file->path().lexically_relative(folder).string());
-            std::ranges::replace(id, '/', '-');
-            auto entry = read(file->path(), id);
+            auto entry = read(file->path(), idIn(folder, file->path()));
             if (!entry || entry->isHidden) continue;
             const auto started = entry->program();
             if (!started) continue;
@@ -309,6 +313,16 @@ std::optional<DesktopEntry> DesktopEntries::findByProgram(
         }
     }
     return best;
+}
+
+std::optional<std::string> DesktopEntries::id(const std::filesystem::path& file) const {
+    for (const std::filesystem::path& folder : folders_) {
+        const auto relative = file.lexically_relative(folder);
+        if (!relative.empty() && *relative.begin() != ".." && file.extension() == kSuffix) {
+            return idIn(folder, file);
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<DesktopEntry> DesktopEntries::read(const std::filesystem::path& file,

@@ -8,8 +8,8 @@ namespace {
 
 DesktopServices* load() {
     using Create = DesktopServices* (*)();
-    const auto create = reinterpret_cast<Create>(
-        Modules::load("ferrivane-desktop.so", "ferrivane_desktop_services"));
+    const auto create =
+        reinterpret_cast<Create>(Modules::load(Modules::kDesktop, "ferrivane_desktop_services"));
     return create != nullptr ? create() : nullptr;
 }
 

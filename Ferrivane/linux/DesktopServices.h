@@ -52,10 +52,18 @@ class DesktopServices {
 
     // The desktop entry's file of the default application for a scheme.
     virtual std::optional<std::filesystem::path> handler(std::string_view scheme) = 0;
+    // The error is the library's text.
+    virtual std::expected<void, std::string> setHandler(const std::string& id,
+                                                        std::string_view scheme) = 0;
+    // The file in which the desktop in use names a scheme's handler by itself; absent when the
+    // person's mimeapps.list decides.
+    virtual std::optional<std::filesystem::path> overridingList(std::string_view scheme) = 0;
     // The process that owns a name on the session bus. Never starts a bus.
     virtual std::optional<pid_t> busNameOwner(std::string_view name) = 0;
     // Owns the application's name and answers its calls, from iterate().
     virtual NameClaim serve(const std::string& applicationId, Calls calls) = 0;
+    // Gives the name up, after answering every call that was sent to it.
+    virtual void stopServing() = 0;
     // Calls Activate on the owner of the name, which the bus starts if there is none.
     virtual bool activate(const std::string& applicationId,
                           const std::optional<std::string>& activationToken) = 0;

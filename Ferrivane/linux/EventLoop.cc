@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <vector>
 
 #include <poll.h>
@@ -52,19 +53,16 @@ void EventLoop::dispatch() {
 }
 
 int EventLoop::timeoutMilliseconds() const {
-    constexpr int kAskingInterval = 50;
-    int timeout = -1;
+    constexpr std::chrono::milliseconds kAskingInterval{50};
+    std::optional<Time> next;
+    if (!timers_.empty()) next = timers_.begin()->first.first;
     // Without a handle, when no descriptor is left, a child is asked after now and then.
     if (std::ranges::any_of(children_, [](const auto& child) { return !child.second.handle; })) {
-        timeout = kAskingInterval;
+        next = std::min(next.value_or(Time::max()), lastAsked_ + kAskingInterval);
     }
-    if (!timers_.empty()) {
-        const auto wait =
-            std::chrono::ceil<std::chrono::milliseconds>(timers_.begin()->first.first - now());
-        const int untilTimer = static_cast<int>(std::max<std::int64_t>(0, wait.count()));
-        timeout = timeout < 0 ? untilTimer : std::min(timeout, untilTimer);
-    }
-    return timeout;
+    if (!next) return -1;
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(*next - now());
+    return static_cast<int>(std::max<std::int64_t>(0, wait.count()));
 }
 
 void EventLoop::runDueTimers() {
@@ -82,6 +80,7 @@ void EventLoop::collectChildren(int timeoutMilliseconds) {
                                : ::poll(nullptr, 0, timeoutMilliseconds);
     for (int i = 0; i < count; ++i) collect(events.at(static_cast<std::size_t>(i)).data.fd);
 
+    lastAsked_ = now();
     std::vector<pid_t> withoutHandle;
     for (const auto& [child, entry] : children_) {
         if (!entry.handle) withoutHandle.push_back(child);

@@ -29,6 +29,9 @@ class EventLoop : public MainLoop {
     void watchChild(pid_t child, std::function<void(int status)> ended);
     void forgetChild(pid_t child) { children_.erase(child); }
 
+    // Whether there is nothing to wait for.
+    bool isIdle() const { return timers_.empty() && children_.empty() && retained_ == 0; }
+
     // The loop is not idle between these two.
     void retain() { ++retained_; }
     void release() { --retained_; }
@@ -48,7 +51,6 @@ class EventLoop : public MainLoop {
         std::function<void(int status)> ended;
     };
 
-    bool isIdle() const { return timers_.empty() && children_.empty() && retained_ == 0; }
     void step();
     void runDueTimers();
     void collectChildren(int timeoutMilliseconds);
@@ -59,6 +61,7 @@ class EventLoop : public MainLoop {
     std::map<pid_t, Child> children_;
     FileDescriptor handles_;  // epoll(7), of every handle
     std::function<void()> iterate_;
+    Time lastAsked_{};  // after children without a handle
     std::uint64_t sequence_ = 0;
     int retained_ = 0;
     bool isStopped_ = false;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/Restart.h"
 #include "Ferrivane/linux/Toolkit.h"
 
 namespace ferrivane {
@@ -15,16 +16,25 @@ using namespace std::chrono_literals;
 static constexpr auto kLoadingDelay = 10ms;
 static constexpr auto kMappingTime = 100ms;
 
+LinuxDialogs::LinuxDialogs(EventLoop& loop, std::ostream& stream, bool isTerminal)
+    : loop_(loop), terminal_(stream, isTerminal), alerts_(Restart::takeAlerts()) {
+    if (!alerts_.empty()) showSoon();
+}
+
 void LinuxDialogs::showLaunchFailure(const LaunchFailureAlert& alert) {
     terminal_.showLaunchFailure(alert);
     if (alerts_.size() == mostWaiting) return;
     alerts_.push_back(alert);
-    if (alerts_.size() == 1) loop_.after(kLoadingDelay, [this] { showNext(); });
+    if (alerts_.size() == 1) showSoon();
+}
+
+void LinuxDialogs::showSoon() {
+    loop_.after(kLoadingDelay, [this] { showNext(); });
 }
 
 void LinuxDialogs::showNext() {
     const auto shown = toolkit(loop_);
-    if (!shown) return alerts_.clear();
+    if (!shown) return Restart::isDue() ? restartWhenIdle() : alerts_.clear();
     loop_.retain();
     (*shown)->showLaunchFailure(alerts_.front(), [this](bool holds) { closed(holds); });
     // A window manager may leave the window of a program in the background where it is.
@@ -33,6 +43,18 @@ void LinuxDialogs::showNext() {
             services->activateTopmostWindow(::getpid());
         }
     });
+}
+
+// A loop with nothing to wait for has no link on its way.
+void LinuxDialogs::restartWhenIdle() {
+    if (loop_.isIdle()) {
+        if (DesktopServices* services = desktopServices()) services->stopServing();
+    }
+    if (loop_.isIdle()) {
+        Restart::run(alerts_);
+        return alerts_.clear();
+    }
+    loop_.after(kLoadingDelay, [this] { restartWhenIdle(); });
 }
 
 void LinuxDialogs::closed(bool holdsClipboard) {

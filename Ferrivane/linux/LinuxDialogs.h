@@ -14,16 +14,17 @@ class LinuxDialogs : public Dialogs {
     // One after another. The log has told of those that find so many before them.
     static constexpr std::size_t mostWaiting = 100;
 
-    // Both references outlive this.
-    LinuxDialogs(EventLoop& loop, std::ostream& stream, bool isTerminal)
-        : loop_(loop), terminal_(stream, isTerminal) {}
+    // Begins with the alerts that a program before this one has left. Both references outlive this.
+    LinuxDialogs(EventLoop& loop, std::ostream& stream, bool isTerminal);
 
     // Returns at once. The loop is not idle before the last window is closed and, after "Copy
     // Link", the clipboard is no longer needed.
     void showLaunchFailure(const LaunchFailureAlert& alert) override;
 
   private:
+    void showSoon();
     void showNext();
+    void restartWhenIdle();
     void closed(bool holdsClipboard);
 
     EventLoop& loop_;

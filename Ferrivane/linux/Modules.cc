@@ -1,6 +1,5 @@
 #include "Ferrivane/linux/Modules.h"
 
-#include <filesystem>
 #include <iostream>
 
 #include <dlfcn.h>
@@ -10,17 +9,22 @@
 
 namespace ferrivane::Modules {
 
-void* load(const std::string& fileName, const char* entry) {
+std::optional<std::filesystem::path> find(const std::string& fileName) {
     const auto folder = Processes::executable(::getpid()).value_or("/").parent_path();
-    std::string reason = "not installed";
     for (const auto& file : {folder / fileName, folder / FERRIVANE_MODULE_FOLDER / fileName}) {
-        if (::access(file.c_str(), R_OK) != 0) continue;
-        void* const module = ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (::access(file.c_str(), R_OK) == 0) return file;
+    }
+    return std::nullopt;
+}
+
+void* load(const std::string& fileName, const char* entry) {
+    std::string reason = "not installed";
+    if (const auto file = find(fileName)) {
+        void* const module = ::dlopen(file->c_str(), RTLD_NOW | RTLD_LOCAL);
         if (void* const address = module != nullptr ? ::dlsym(module, entry) : nullptr) {
             return address;
         }
         if (const char* const error = ::dlerror()) reason = error;
-        break;
     }
     std::cerr << "Ferrivane: cannot load " << fileName << ": " << reason << "\n";
     return nullptr;

@@ -2,9 +2,16 @@
 // folder, and in a library folder of their own once installed.
 #pragma once
 
+#include <filesystem>
+#include <optional>
 #include <string>
 
 namespace ferrivane::Modules {
+
+inline constexpr const char* kDesktop = "ferrivane-desktop.so";
+
+// Where a module is installed.
+std::optional<std::filesystem::path> find(const std::string& fileName);
 
 // The address of a module's entry; null, with a line on standard error, when it cannot be loaded.
 // A loaded module stays.

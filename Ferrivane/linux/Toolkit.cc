@@ -52,13 +52,17 @@ std::expected<Toolkit*, std::string> toolkit(EventLoop& loop) {
     const std::string reachable = platforms(*services);
     if (reachable.empty()) return std::unexpected("no display");
     using Create = Toolkit* (*)(const char* platforms);
-    const std::string module = "ferrivane-ui-" + std::string(buildVersion()) + ".so";
-    const auto create = reinterpret_cast<Create>(Modules::load(module, "ferrivane_toolkit"));
-    if (create == nullptr) return std::unexpected(module + " is missing");
+    const auto create =
+        reinterpret_cast<Create>(Modules::load(toolkitModule(), "ferrivane_toolkit"));
+    if (create == nullptr) return std::unexpected(toolkitModule() + " is missing");
     attachTo(*services, loop);
     loaded = create(reachable.c_str());
     if (loaded == nullptr) return std::unexpected("no plugin of the toolkit for this display");
     return loaded;
+}
+
+std::string toolkitModule() {
+    return "ferrivane-ui-" + std::string(buildVersion()) + ".so";
 }
 
 }  // namespace ferrivane

@@ -27,4 +27,7 @@ class Toolkit {
 // on. The error says why nothing can be shown now; a later call may find a display.
 std::expected<Toolkit*, std::string> toolkit(EventLoop& loop);
 
+// The module's file name. It holds the version: a program loads what was built with it, or nothing.
+std::string toolkitModule();
+
 }  // namespace ferrivane

@@ -72,17 +72,19 @@ int main(int count, char** values) {
     LinuxUserInterface userInterface;
     LinuxPreferences preferences;
 
-    return run({values + (count > 0 ? 1 : 0), values + count},
-               Platform{.desktop = Desktop::freedesktop,
-                        .mainLoop = mainLoop,
-                        .applications = applications,
-                        .browser = browser,
-                        .frontmost = frontmost,
-                        .launchLock = launchLock,
-                        .dialogs = dialogs,
-                        .caller = caller,
-                        .session = session,
-                        .userInterface = userInterface,
-                        .preferences = preferences,
-                        .activationToken = takeActivationToken()});
+    const int status = run({values + (count > 0 ? 1 : 0), values + count},
+                           Platform{.desktop = Desktop::freedesktop,
+                                    .mainLoop = mainLoop,
+                                    .applications = applications,
+                                    .browser = browser,
+                                    .frontmost = frontmost,
+                                    .launchLock = launchLock,
+                                    .dialogs = dialogs,
+                                    .caller = caller,
+                                    .session = session,
+                                    .userInterface = userInterface,
+                                    .preferences = preferences,
+                                    .activationToken = takeActivationToken()});
+    mainLoop.runUntilIdle();  // alerts that are still open
+    return status;
 }

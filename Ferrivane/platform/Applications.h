@@ -4,7 +4,9 @@
 // ".desktop") and found by its location (the bundle; on Linux the desktop entry's file).
 #pragma once
 
+#include <expected>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +14,7 @@
 
 #include <sys/types.h>
 
+#include "Ferrivane/platform/Browser.h"
 #include "core/Opener.h"
 
 namespace ferrivane {
@@ -22,6 +25,7 @@ class Applications {
     struct Bundle {
         std::optional<std::string> identifier;  // absent for a bare executable
         std::optional<std::string> version;
+        std::filesystem::path location = {};  // empty for a bare executable
     };
 
     virtual ~Applications() = default;
@@ -30,8 +34,21 @@ class Applications {
     virtual std::optional<std::filesystem::path> location(std::string_view bundleId) const = 0;
     virtual std::optional<std::filesystem::path> executable(
         const std::filesystem::path& application) const = 0;
+    // Absent when it has none.
+    virtual std::optional<std::string> identifier(
+        const std::filesystem::path& application) const = 0;
     // The application that opens links of a scheme.
     virtual std::optional<std::filesystem::path> handler(std::string_view scheme) const = 0;
+    // Makes an application the one that opens links of a scheme, which may need the person's word.
+    // The completion is called exactly once, perhaps before the call returns. That nothing was
+    // refused does not mean that the handler is another one now.
+    virtual void setHandler(const std::filesystem::path& application, std::string_view scheme,
+                            std::function<void(std::expected<void, PlatformError>)> completion) = 0;
+    // A setting of the person's that wins over those of setHandler, and what to change in it, in
+    // one line. `unchanged` are the schemes that have another handler still.
+    virtual std::optional<std::string> overridingSetting(
+        const std::filesystem::path& application,
+        const std::vector<std::string_view>& unchanged) const = 0;
     virtual std::vector<pid_t> running(std::string_view bundleId) const = 0;
     // The application that a process belongs to; on Linux the one that it opened a link for, which
     // a start-up id may tell too. Absent when it is gone, or unknown.

@@ -106,6 +106,12 @@ void handle(GDBusConnection* bus, const gchar* sender, const gchar*, const gchar
     }
 }
 
+// The name that this process owns; empty without one.
+std::string& ownedName() {
+    static std::string name;
+    return name;
+}
+
 void busClosed(GDBusConnection*, gboolean, GError*, gpointer data) {
     static_cast<const Calls*>(data)->busEnded();
 }
@@ -135,8 +141,20 @@ NameClaim serve(const std::string& applicationId, Calls calls) {
     guint32 result = 0;
     g_variant_get(reply.get(), "(u)", &result);
     if (result != kPrimaryOwner) return NameClaim::taken;
+    ownedName() = applicationId;
     g_signal_connect(bus, "closed", G_CALLBACK(busClosed), &served);
     return NameClaim::owned;
+}
+
+void stopServing() {
+    GDBusConnection* const bus = SessionBus::connection();
+    const std::string name = std::exchange(ownedName(), {});
+    if (bus == nullptr || name.empty()) return;
+    // The bus delivers in order: what was sent to the name has arrived when this is answered.
+    askBus(bus, "ReleaseName", g_variant_new("(s)", name.c_str()));
+    while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+    }
+    g_dbus_connection_flush_sync(bus, nullptr, nullptr);
 }
 
 bool activate(const std::string& applicationId, const std::optional<std::string>& activationToken) {

@@ -12,6 +12,8 @@ namespace ferrivane::Application {
 // Once per process.
 DesktopServices::NameClaim serve(const std::string& applicationId, DesktopServices::Calls calls);
 
+void stopServing();
+
 bool activate(const std::string& applicationId, const std::optional<std::string>& activationToken);
 
 }  // namespace ferrivane::Application

@@ -18,12 +18,20 @@ class Services : public DesktopServices {
     std::optional<std::filesystem::path> handler(std::string_view scheme) override {
         return Registry::handler(scheme);
     }
+    std::expected<void, std::string> setHandler(const std::string& id,
+                                                std::string_view scheme) override {
+        return Registry::setHandler(id, scheme);
+    }
+    std::optional<std::filesystem::path> overridingList(std::string_view scheme) override {
+        return Registry::overridingList(scheme);
+    }
     std::optional<pid_t> busNameOwner(std::string_view name) override {
         return SessionBus::nameOwner(name);
     }
     NameClaim serve(const std::string& applicationId, Calls calls) override {
         return Application::serve(applicationId, std::move(calls));
     }
+    void stopServing() override { Application::stopServing(); }
     bool activate(const std::string& applicationId,
                   const std::optional<std::string>& activationToken) override {
         return Application::activate(applicationId, activationToken);
