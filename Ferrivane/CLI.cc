@@ -147,9 +147,65 @@ int status(const Platform& platform, std::ostream& out) {
     return 0;
 }
 
-int setDefault(std::ostream& err) {
-    err << "Ferrivane: this build cannot change the default browser yet\n";
-    return kFailed;
+std::string fileName(const std::filesystem::path& application) {
+    const bool isFolder = !application.has_filename();  // "Name.app/"
+    return (isFolder ? application.parent_path() : application).filename().string();
+}
+
+// Whether every scheme has changed hands; says so of each.
+bool verifyDefault(const std::filesystem::path& target, const Platform& platform, std::ostream& out,
+                   std::ostream& err) {
+    const Applications& applications = platform.applications;
+    const auto wanted = applications.identifier(target);
+    std::vector<std::string_view> unchanged;
+    for (const std::string_view scheme : DefaultBrowser::schemes) {
+        const auto handler = DefaultBrowser::handler(applications, scheme);
+        const auto identifier = handler ? applications.identifier(*handler) : std::nullopt;
+        out << "  " << scheme << ": ";
+        if (identifier == wanted) {
+            out << "ok\n";
+        } else {
+            out << "still " << (handler ? fileName(*handler) : "none") << "\n";
+            unchanged.push_back(scheme);
+        }
+    }
+    if (const auto setting = applications.overridingSetting(target, unchanged)) {
+        err << "Ferrivane: " << *setting << "\n";
+    }
+    return unchanged.empty();
+}
+
+int setDefault(const Commands::SetDefault& command, const Platform& platform, std::ostream& out,
+               std::ostream& err) {
+    Applications& applications = platform.applications;
+    const Texts& texts = textsFor(platform.desktop);
+    std::filesystem::path target;
+    if (command.bundleId) {
+        const auto location = applications.location(*command.bundleId);
+        if (!location) {
+            out << "app " << *command.bundleId << " not found\n";
+            return kFailed;
+        }
+        target = *location;
+    } else if (AppInfo::isBundled(applications)) {
+        target = applications.ownBundle().location;
+    } else {
+        out << texts.notInstalled << "\n";
+        return kFailed;
+    }
+    // Before the desktop asks the person.
+    out << texts.asking << fileName(target) << texts.askingEnd << "\n" << std::flush;
+
+    bool isDone = false;
+    DefaultBrowser::make(applications, target, [&](const DefaultBrowser::Failures& failures) {
+        for (const auto& [scheme, error] : failures) {
+            out << "  " << scheme << ": " << error.text << "\n";
+        }
+        isDone = true;
+        platform.mainLoop.stop();
+    });
+    if (!isDone) platform.mainLoop.run();
+    return verifyDefault(target, platform, out, err) ? 0 : kFailed;
 }
 
 template<typename... Handlers>
@@ -186,16 +242,17 @@ std::optional<Command> parse(const std::vector<std::string>& arguments) {
 }
 
 int run(const Command& command, const Platform& platform, std::ostream& out, std::ostream& err) {
-    return std::visit(Overloaded{
-                          [&](const Commands::Test& it) { return test(it, platform, out); },
-                          [&](const Commands::SetDefault&) { return setDefault(err); },
-                          [&](const Commands::Status&) { return status(platform, out); },
-                          [&](const Commands::Help&) {
-                              out << usage(platform.desktop);
-                              return 0;
-                          },
-                      },
-                      command);
+    return std::visit(
+        Overloaded{
+            [&](const Commands::Test& it) { return test(it, platform, out); },
+            [&](const Commands::SetDefault& it) { return setDefault(it, platform, out, err); },
+            [&](const Commands::Status&) { return status(platform, out); },
+            [&](const Commands::Help&) {
+                out << usage(platform.desktop);
+                return 0;
+            },
+        },
+        command);
 }
 
 std::string usage(Desktop desktop) {

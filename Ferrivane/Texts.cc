@@ -6,12 +6,20 @@ namespace {
 constexpr Texts kMacOS{
     .usageAgent = "run as the background agent (what macOS launches for a link)",
     .usageSetDefault = "make Ferrivane the default browser (macOS asks you to confirm)",
+    .notInstalled =
+        "run this from the installed app: "
+        "~/Applications/Ferrivane.app/Contents/MacOS/Ferrivane --set-default",
+    .asking = "asking macOS to make ",
+    .askingEnd = " the default browser… confirm the dialog",
     .sandboxed = "yes — Chrome reached through Launch Services",
 };
 
 constexpr Texts kFreedesktop{
     .usageAgent = "run as the background agent (what the desktop starts for a link)",
     .usageSetDefault = "make Ferrivane the default browser",
+    .notInstalled = "run this from the installed program: /usr/bin/Ferrivane --set-default",
+    .asking = "asking the desktop to make ",
+    .askingEnd = " the default browser…",
     .sandboxed = "yes — Chrome reached through the helper script",
 };
 

@@ -11,6 +11,9 @@ namespace ferrivane {
 struct Texts {
     std::string_view usageAgent;
     std::string_view usageSetDefault;
+    std::string_view notInstalled;
+    std::string_view asking;     // in front of an application's file name
+    std::string_view askingEnd;  // behind it
     std::string_view sandboxed;
 };
 

@@ -302,7 +302,7 @@ std::optional<DesktopEntry> DesktopEntries::findByProgram(
             const bool isSame = resolved(*started) == target;
             if (!isSame && started->filename() != name) continue;
             // Of several with one id another one may count.
-            const auto counting = find(id);
+            const auto counting = find(entry->id);
             if (!counting || counting->file != entry->file) continue;
             const Score score{isSame, entry->isVisible, entry->id == name,
                               -static_cast<std::ptrdiff_t>(entry->exec.size())};
@@ -315,7 +315,7 @@ std::optional<DesktopEntry> DesktopEntries::findByProgram(
     return best;
 }
 
-std::optional<std::string> DesktopEntries::id(const std::filesystem::path& file) const {
+std::optional<std::string> DesktopEntries::idOf(const std::filesystem::path& file) const {
     for (const std::filesystem::path& folder : folders_) {
         const auto relative = file.lexically_relative(folder);
         if (!relative.empty() && *relative.begin() != ".." && file.extension() == kSuffix) {

@@ -49,7 +49,7 @@ class DesktopEntries {
     std::optional<DesktopEntry> findByProgram(const std::filesystem::path& program) const;
 
     // The id of an entry's file; absent when it lies in none of the folders.
-    std::optional<std::string> id(const std::filesystem::path& file) const;
+    std::optional<std::string> idOf(const std::filesystem::path& file) const;
 
     // Reads one file; absent when it is no readable entry of an application.
     static std::optional<DesktopEntry> read(const std::filesystem::path& file, std::string id);

@@ -16,7 +16,13 @@ class LinuxApplications : public Applications {
     std::optional<std::filesystem::path> location(std::string_view bundleId) const override;
     std::optional<std::filesystem::path> executable(
         const std::filesystem::path& application) const override;
+    std::optional<std::string> identifier(const std::filesystem::path& application) const override;
     std::optional<std::filesystem::path> handler(std::string_view scheme) const override;
+    void setHandler(const std::filesystem::path& application, std::string_view scheme,
+                    std::function<void(std::expected<void, PlatformError>)> completion) override;
+    std::optional<std::string> overridingSetting(
+        const std::filesystem::path& application,
+        const std::vector<std::string_view>& unchanged) const override;
     std::vector<pid_t> running(std::string_view bundleId) const override;
     std::optional<Opener> runningApplication(pid_t process,
                                              const std::string& startupId) const override;

@@ -18,6 +18,14 @@ TEST(Texts, EachDesktopHasItsOwnWords) {
         {"the default browser in the usage", &Texts::usageSetDefault,
          "make Ferrivane the default browser (macOS asks you to confirm)",
          "make Ferrivane the default browser"},
+        {"a program that is not installed", &Texts::notInstalled,
+         "run this from the installed app: "
+         "~/Applications/Ferrivane.app/Contents/MacOS/Ferrivane --set-default",
+         "run this from the installed program: /usr/bin/Ferrivane --set-default"},
+        {"asking for the default browser", &Texts::asking, "asking macOS to make ",
+         "asking the desktop to make "},
+        {"the end of asking", &Texts::askingEnd, " the default browser… confirm the dialog",
+         " the default browser…"},
         {"the sandbox", &Texts::sandboxed, "yes — Chrome reached through Launch Services",
          "yes — Chrome reached through the helper script"},
     };

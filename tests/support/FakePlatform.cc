@@ -94,6 +94,37 @@ std::optional<std::filesystem::path> FakeApplications::handler(std::string_view 
     return found == handlers.end() ? std::nullopt : std::optional(found->second);
 }
 
+std::optional<std::string> FakeApplications::identifier(
+    const std::filesystem::path& application) const {
+    calls_.add("applications.identifier " + application.string());
+    const auto found = identifiers.find(application);
+    return found == identifiers.end() ? std::nullopt : std::optional(found->second);
+}
+
+void FakeApplications::setHandler(
+    const std::filesystem::path& application, std::string_view scheme,
+    std::function<void(std::expected<void, PlatformError>)> completion) {
+    calls_.add("applications.setHandler " + std::string(scheme) + " " + application.string());
+    const auto finish = [this, application, scheme = std::string(scheme),
+                         done = std::move(completion)] {
+        const auto refusal = refusals.find(scheme);
+        if (refusal != refusals.end()) return done(std::unexpected(refusal->second));
+        if (!deafSchemes.contains(scheme)) handlers.insert_or_assign(scheme, application);
+        done({});
+    };
+    if (setHandlerTakes == FakeMainLoop::Duration()) return finish();
+    loop_.afterExactly(setHandlerTakes, finish);
+}
+
+std::optional<std::string> FakeApplications::overridingSetting(
+    const std::filesystem::path& application,
+    const std::vector<std::string_view>& unchanged) const {
+    std::string text = "applications.overridingSetting " + application.string();
+    for (const std::string_view scheme : unchanged) text.append(" ").append(scheme);
+    calls_.add(text);
+    return setting;
+}
+
 std::vector<pid_t> FakeApplications::running(std::string_view bundleId) const {
     calls_.add("applications.running " + std::string(bundleId));
     const auto found = processes.find(bundleId);

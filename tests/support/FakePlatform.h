@@ -76,21 +76,33 @@ class FakeMainLoop : public MainLoop {
 
 class FakeApplications : public Applications {
   public:
-    explicit FakeApplications(CallList& calls) : calls_(calls) {}
+    FakeApplications(CallList& calls, FakeMainLoop& loop) : calls_(calls), loop_(loop) {}
 
     std::map<std::string, std::filesystem::path, std::less<>> locations{
         {"com.google.Chrome", "/apps/google-chrome.desktop"}};
     std::map<std::filesystem::path, std::filesystem::path> executables{
         {"/apps/google-chrome.desktop", "/opt/chrome/chrome"}};
+    std::map<std::filesystem::path, std::string> identifiers{
+        {"/apps/google-chrome.desktop", "google-chrome"}};
     std::map<std::string, std::filesystem::path, std::less<>> handlers;  // by scheme
-    std::map<std::string, std::vector<pid_t>, std::less<>> processes;    // by bundle identifier
-    std::map<pid_t, Opener> openers;                                     // by process
+    std::map<std::string, PlatformError, std::less<>> refusals;          // by scheme
+    std::set<std::string, std::less<>> deafSchemes;  // accept a handler and keep the old one
+    FakeMainLoop::Duration setHandlerTakes{};
+    std::optional<std::string> setting;                                // overridingSetting()
+    std::map<std::string, std::vector<pid_t>, std::less<>> processes;  // by bundle identifier
+    std::map<pid_t, Opener> openers;                                   // by process
     Bundle bundle;
 
     std::optional<std::filesystem::path> location(std::string_view bundleId) const override;
     std::optional<std::filesystem::path> executable(
         const std::filesystem::path& application) const override;
+    std::optional<std::string> identifier(const std::filesystem::path& application) const override;
     std::optional<std::filesystem::path> handler(std::string_view scheme) const override;
+    void setHandler(const std::filesystem::path& application, std::string_view scheme,
+                    std::function<void(std::expected<void, PlatformError>)> completion) override;
+    std::optional<std::string> overridingSetting(
+        const std::filesystem::path& application,
+        const std::vector<std::string_view>& unchanged) const override;
     std::vector<pid_t> running(std::string_view bundleId) const override;
     std::optional<Opener> runningApplication(pid_t process,
                                              const std::string& startupId) const override;
@@ -98,6 +110,7 @@ class FakeApplications : public Applications {
 
   private:
     CallList& calls_;
+    FakeMainLoop& loop_;
 };
 
 class FakeBrowser : public Browser {
@@ -259,7 +272,7 @@ class FakePlatform {
 
     CallList calls;
     FakeMainLoop mainLoop{calls};
-    FakeApplications applications{calls};
+    FakeApplications applications{calls, mainLoop};
     FakeBrowser browser{calls, mainLoop};
     FakeFrontmost frontmost{calls, mainLoop};
     FakeLaunchLock launchLock{calls};

@@ -28,7 +28,8 @@ std::string contentType(std::string_view scheme) {
 
 bool names(const std::filesystem::path& list, const std::string& type, const char* id) {
     const std::unique_ptr<GKeyFile, KeyFileRelease> file(g_key_file_new());
-    if (!g_key_file_load_from_file(file.get(), list.c_str(), G_KEY_FILE_NONE, nullptr)) return false;
+    if (!g_key_file_load_from_file(file.get(), list.c_str(), G_KEY_FILE_NONE, nullptr))
+        return false;
     const std::unique_ptr<gchar*, ListRelease> defaults(g_key_file_get_string_list(
         file.get(), "Default Applications", type.c_str(), nullptr, nullptr));
     return defaults && g_strv_contains(defaults.get(), id);
