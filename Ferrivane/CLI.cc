@@ -197,14 +197,18 @@ int setDefault(const Commands::SetDefault& command, const Platform& platform, st
     out << texts.asking << fileName(target) << texts.askingEnd << "\n" << std::flush;
 
     bool isDone = false;
+    bool isAwaited = false;
     DefaultBrowser::make(applications, target, [&](const DefaultBrowser::Failures& failures) {
         for (const auto& [scheme, error] : failures) {
             out << "  " << scheme << ": " << error.text << "\n";
         }
         isDone = true;
-        platform.mainLoop.stop();
+        if (isAwaited) platform.mainLoop.stop();
     });
-    if (!isDone) platform.mainLoop.run();
+    if (!isDone) {
+        isAwaited = true;
+        platform.mainLoop.run();
+    }
     return verifyDefault(target, platform, out, err) ? 0 : kFailed;
 }
 

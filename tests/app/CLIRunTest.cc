@@ -56,13 +56,6 @@ TEST_F(CLIRun, TestWithoutALinkIsTheUsageAndAStatusOfItsOwn) {
     EXPECT_EQ(seen(CLI::Commands::Test{"", "Mail"}), (Seen{usageOnLinux(), "", 2}));
 }
 
-TEST_F(CLIRun, DefaultBrowserCannotBeChangedYet) {
-    for (const auto& bundleId : {std::optional<std::string>(), std::optional<std::string>("x")}) {
-        EXPECT_EQ(seen(CLI::Commands::SetDefault{bundleId}),
-                  (Seen{"", "Ferrivane: this build cannot change the default browser yet\n", 1}));
-    }
-}
-
 TEST_F(CLIRun, CommandsLeaveNoLogAndNoRules) {
     std::filesystem::remove_all(Paths::logDirectory());
     seen(CLI::Commands::Help{});
