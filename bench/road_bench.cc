@@ -12,6 +12,7 @@
 #include "Ferrivane/linux/ChromeLocation.h"
 #include "Ferrivane/linux/DesktopEntries.h"
 #include "Ferrivane/linux/Senders.h"
+#include "bench/Fixtures.h"
 #include "core/ChromeProfiles.h"
 #include "core/ChromeSingleton.h"
 #include "core/Config.h"
@@ -24,24 +25,6 @@ namespace {
 
 using namespace ferrivane;
 using Clock = std::chrono::steady_clock;
-
-std::string localState() {
-    std::string text = R"({"profile":{"info_cache":{"Default":{"name":"Home"}}},"experiments":[0)";
-    for (int i = 0; text.size() < 1'000'000; ++i) {
-        text += R"(,{"name":"experiment-)" + std::to_string(i) + R"(","weight":0.25,"on":true})";
-    }
-    return text + "]}";
-}
-
-std::string rules() {
-    Config config;
-    for (int i = 0; i < 200; ++i) {
-        const std::string number = std::to_string(i);
-        config.rules.emplace_back(Rule::kAllKinds[static_cast<std::size_t>(i) % 3],
-                                  "client-" + number + ".example", "Client " + number);
-    }
-    return *config.encode();
-}
 
 struct Steps {
     std::vector<std::pair<const char*, double>> milliseconds;
@@ -91,8 +74,8 @@ int main() {
     const test::TempDir folder;
     const auto rulesFile = folder.path() / "rules.json";
     const auto catalogue = folder.path() / "Local State";
-    std::ofstream(rulesFile) << rules();
-    std::ofstream(catalogue) << localState();
+    std::ofstream(rulesFile) << bench::rules();
+    std::ofstream(catalogue) << bench::localState();
     test::FakeChrome chrome(folder.path());
 
     constexpr int kLinks = 101;

@@ -58,6 +58,13 @@ void order(std::vector<ChromeProfile>& profiles) {
     profiles.erase(repeated.begin(), repeated.end());
 }
 
+// Keeps its buffers from link to link; in a process of many links that is most of the time that
+// parsing takes.
+simdjson::dom::parser& parser() {
+    thread_local simdjson::dom::parser kept;
+    return kept;
+}
+
 }  // namespace
 
 std::string LoadError::description() const {
@@ -81,12 +88,10 @@ std::expected<std::vector<ChromeProfile>, LoadError> load(const std::filesystem:
     if (!text) {
         return std::unexpected(LoadError{LoadError::Kind::unreadable, path, text.error()});
     }
-    // The parser keeps its buffers from link to link; in a process of many links that is most of
-    // the time that parsing takes.
-    thread_local simdjson::dom::parser parser;
     constexpr bool kTextIsPadded = false;  // no copy needed
     element document;
-    if (const auto error = parser.parse(text->data(), text->size(), kTextIsPadded).get(document)) {
+    if (const auto error =
+            parser().parse(text->data(), text->size(), kTextIsPadded).get(document)) {
         return std::unexpected(LoadError{.kind = LoadError::Kind::notJson,
                                          .path = path,
                                          .detail = simdjson::error_message(error)});
@@ -111,6 +116,10 @@ std::expected<std::vector<ChromeProfile>, LoadError> load(const std::filesystem:
     }
     order(profiles);
     return profiles;
+}
+
+void releaseBuffers() {
+    parser() = simdjson::dom::parser();
 }
 
 std::optional<ChromeProfile> resolve(std::string_view requested,

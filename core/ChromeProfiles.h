@@ -39,6 +39,10 @@ std::filesystem::path localStateURL();
 // hold makes the text no JSON; Chromium writes none.
 std::expected<std::vector<ChromeProfile>, LoadError> load(const std::filesystem::path& path);
 
+// Reading keeps buffers of several times the file's size for the next time. Gives back those of the
+// calling thread.
+void releaseBuffers();
+
 // The profile that a rule's text names: by directory (exactly), else by name, else by e-mail (both
 // ignoring case). Absent for blank text.
 std::optional<ChromeProfile> resolve(std::string_view requested,

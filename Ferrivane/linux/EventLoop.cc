@@ -13,6 +13,8 @@
 
 namespace ferrivane {
 
+static constexpr std::chrono::seconds kRestDelay{2};
+
 EventLoop::EventLoop() : handles_(::epoll_create1(EPOLL_CLOEXEC)) {}
 
 std::chrono::steady_clock::time_point EventLoop::now() const {
@@ -48,14 +50,27 @@ void EventLoop::step() {
 }
 
 void EventLoop::dispatch() {
+    const bool rests = isIdle() && restAt_ && *restAt_ <= now();
     collectChildren(0);
     runDueTimers();
+    if (rests) {
+        restAt_.reset();
+        if (rest_) rest_();
+    } else {
+        restAt_ = now() + kRestDelay;
+    }
+}
+
+void EventLoop::waitThrough(std::function<void()> iterate) {
+    iterate_ = std::move(iterate);
+    restAt_ = now() + kRestDelay;
 }
 
 int EventLoop::timeoutMilliseconds() const {
     constexpr std::chrono::milliseconds kAskingInterval{50};
     std::optional<Time> next;
     if (!timers_.empty()) next = timers_.begin()->first.first;
+    if (restAt_) next = std::min(next.value_or(Time::max()), *restAt_);
     // Without a handle, when no descriptor is left, a child is asked after now and then.
     if (std::ranges::any_of(children_, [](const auto& child) { return !child.second.handle; })) {
         next = std::min(next.value_or(Time::max()), lastAsked_ + kAskingInterval);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include <sys/types.h>
@@ -41,7 +42,9 @@ class EventLoop : public MainLoop {
     int descriptor() const { return handles_.get(); }
     int timeoutMilliseconds() const;
     void dispatch();
-    void waitThrough(std::function<void()> iterate) { iterate_ = std::move(iterate); }
+    void waitThrough(std::function<void()> iterate);
+    // Called then after two seconds without work, once after each piece of work.
+    void whenResting(std::function<void()> rest) { rest_ = std::move(rest); }
     bool isTakenIn() const { return iterate_ != nullptr; }
 
   private:
@@ -61,6 +64,8 @@ class EventLoop : public MainLoop {
     std::map<pid_t, Child> children_;
     FileDescriptor handles_;  // epoll(7), of every handle
     std::function<void()> iterate_;
+    std::function<void()> rest_;
+    std::optional<Time> restAt_;
     Time lastAsked_{};  // after children without a handle
     std::uint64_t sequence_ = 0;
     int retained_ = 0;

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -20,6 +21,7 @@
 #include "Ferrivane/linux/LinuxPreferences.h"
 #include "Ferrivane/linux/LinuxSession.h"
 #include "Ferrivane/linux/LinuxUserInterface.h"
+#include "core/ChromeProfiles.h"
 #include "core/port/Paths.h"
 
 namespace {
@@ -56,6 +58,10 @@ int main(int count, char** values) {
     };
 
     EventLoop mainLoop;
+    mainLoop.whenResting([] {
+        ChromeProfiles::releaseBuffers();
+        ::malloc_trim(0);
+    });
     const auto moveToOwnScope = [&mainLoop](pid_t browser) {
         // When nobody waits for us any more, and Chrome has started its helpers.
         mainLoop.after(std::chrono::milliseconds(500), [browser] {
