@@ -1,18 +1,25 @@
 """A running browser as far as its singleton socket goes, in the layout that Chromium gives it."""
 
 import os
+import select
 import socket
 import threading
+import time
 
 LONGEST_MESSAGE = 32768
 COOKIE = "14627834110984352106"
 
 
 class FakeBrowser:
-    """Listens until it is closed. `user_data` gets the three links of a running browser."""
+    """Listens until it is closed. `user_data` gets the three links of a running browser.
 
-    def __init__(self, user_data, socket_folder, answer=b"ACK"):
-        self.answer = answer
+    It answers each message after `delay` seconds, and counts those that another connection followed
+    before they were answered.
+    """
+
+    def __init__(self, user_data, socket_folder, answer=b"ACK", delay=0.0):
+        self.answer, self.delay = answer, delay
+        self.overlaps = 0
         self.messages = []
         self.connections = 0
         self._arrived = threading.Condition()
@@ -54,6 +61,8 @@ class FakeBrowser:
                 with self._arrived:
                     self.messages.append(message)
                     self._arrived.notify_all()
+                time.sleep(self.delay)
+                self.overlaps += bool(select.select([self._listener], [], [], 0)[0])
                 connection.sendall(self.answer)
 
     def message(self, number=0):

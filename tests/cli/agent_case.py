@@ -1,0 +1,69 @@
+"""What the tests of the resident agent have in common: a session bus of its own for each test."""
+
+import signal
+import sys
+from pathlib import Path
+
+from fake_browser import FakeBrowser
+from program_case import LONG, PROGRAM, ProgramCase, Ran, main, wait_until  # noqa: F401
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+from session_bus import SessionBus, write_description  # noqa: E402,F401
+
+NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+
+
+class AgentCase(ProgramCase):
+    session = {}  # variables of the whole session, the bus included
+
+    def setUp(self):
+        super().setUp()
+        self.env |= self.session
+        # Without blanks, wherever it was built: neither the bus nor a desktop knows how to quote.
+        self.program = self.root / "Ferrivane"
+        self.program.symlink_to(PROGRAM)
+        self.bus = SessionBus(self.processes, self.root / "bus")
+        self.env["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
+        self.bus.start()
+        self.bus.install(self.program)
+
+    def tearDown(self):
+        try:
+            self.processes.end(self.processes.running(PROGRAM))
+            if self.bus.daemon.poll() is None:
+                self.bus.stop()
+        finally:
+            super().tearDown()
+
+    def start_browser(self, **options):
+        self.install_browser()
+        browser = FakeBrowser(self.user_data, self.root / "s", **options)
+        self.addCleanup(browser.close)
+        return browser
+
+    def caller(self):
+        caller = self.bus.connect()
+        self.addCleanup(caller.close)
+        return caller
+
+    def start_agent(self, *arguments, **options):
+        """Its process, once it owns its name."""
+        agent = self.start("--agent", *arguments, **options)
+        self.addCleanup(agent.communicate)
+        caller = self.caller()
+        wait_until(lambda: caller.owner() == agent.pid, LONG, "an agent on the bus")
+        return agent
+
+    def agents(self):
+        return self.processes.running(PROGRAM)
+
+    def end(self, agent, number=signal.SIGTERM):
+        agent.send_signal(number)
+        return self.finish(agent)
+
+    def wait_for_log(self, text, times=1):
+        wait_until(lambda: self.log().count(text) >= times, LONG, f"{text!r} in the log")
+
+    def links(self, browser):
+        """Those that have arrived, in the order of their arrival."""
+        return [message.split(b"\0")[-1].decode() for message in list(browser.messages)]

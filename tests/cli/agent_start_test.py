@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""Which process becomes the resident agent, and what a second start does."""
+
+import time
+
+from agent_case import LONG, NO_BUS, AgentCase, Ran, main, wait_until
+
+DONE = Ran(0, "", "")
+
+class AgentStart(AgentCase):
+    session = {"DISPLAY": ":97"}  # none is there; nothing is drawn
+
+    def setUp(self):
+        super().setUp()
+        self.write_rules()
+        self.install_editor()
+
+    # The settings are shown in the person's application for the rules.
+
+    def install_editor(self):
+        editor = self.root / "editor"
+        editor.write_text('#!/bin/sh\nprintf "%s\\n" "$1" >>"$0.opened"\n')
+        editor.chmod(0o755)
+        entry = self.write_entry("org.example.Editor", f"{editor} %f").name
+        kinds = ("application/json", "application/octet-stream", "text/plain", "text/x-log")
+        (self.root / "config/mimeapps.list").write_text(
+            "[Default Applications]\n" + "".join(f"{kind}={entry}\n" for kind in kinds))
+
+    def opened(self):
+        path = self.root / "editor.opened"
+        return path.read_text().splitlines() if path.exists() else []
+
+    def assert_settings_shown(self, times=1, settle=0.0):
+        wait_until(lambda: len(self.opened()) >= times, LONG, f"settings shown {times} times")
+        time.sleep(settle)
+        self.assertEqual(self.opened(), [str(self.rules_file)] * times)
+
+    def test_of_two_at_once_one_stays(self):
+        caller = self.caller()
+        for _ in range(10):
+            both = [self.start("--agent"), self.start("--agent")]
+            wait_until(lambda: any(child.poll() is not None for child in both), LONG, "end of one agent")
+            over, = (child for child in both if child.poll() is not None)
+            stays, = (child for child in both if child is not over)
+            self.assertEqual(self.finish(over), DONE)
+            wait_until(caller.owner, LONG, "an agent")
+            self.assertEqual(caller.owner(), stays.pid)
+            self.assertIsNone(stays.poll())
+            self.end(stays)
+            wait_until(lambda: not caller.owner(), LONG, "end of the other")
+        self.assertEqual(self.opened(), [])
+
+    def test_the_bus_starts_one_that_stays(self):
+        caller = self.caller()
+        self.assertEqual(caller.activate().error, "")
+        self.assert_settings_shown()
+        self.assertEqual(self.agents(), [caller.owner()])
+
+    def test_agent_shows_nothing_of_itself(self):
+        self.start_agent()
+        time.sleep(1.3)
+        self.assertEqual(self.opened(), [])
+        self.assertIn(" started (agent)\n", self.log())
+
+    def test_start_by_the_person_shows_the_settings(self):
+        first = self.start()
+        caller = self.caller()
+        wait_until(lambda: caller.owner() == first.pid, LONG, "the application on the bus")
+        self.assert_settings_shown()
+        self.assertRegex(self.log(), r" started\n")
+        self.assertIsNone(first.poll())
+        self.end(first)
+
+    def test_start_that_brings_a_link_shows_no_settings(self):
+        first = self.start()
+        browser = self.start_browser()
+        caller = self.caller()
+        wait_until(caller.owner, LONG, "the application on the bus")
+        self.assertEqual(caller.open("https://a/").error, "")
+        self.assertEqual(browser.arguments()[-1], b"https://a/")
+        time.sleep(1.3)
+        self.assertEqual(self.opened(), [])
+        self.end(first)
+
+    def test_second_start_shows_the_settings_of_the_first(self):
+        agent = self.start_agent()
+        self.assertEqual(self.run_program(), DONE)
+        self.assert_settings_shown()
+        self.assertEqual(self.agents(), [agent.pid])
+        self.assertEqual(self.run_program("--agent"), DONE)
+        self.assert_settings_shown(settle=0.3)
+
+    def test_own_links_show_the_settings_of_the_running_agent(self):
+        agent = self.start_agent()
+        for times, link in enumerate(("ferrivane:settings", "FERRIVANE://x", "Ferrivane:"), 1):
+            self.assertEqual(self.run_program(link), DONE)
+            self.assert_settings_shown(times)
+        self.assertEqual(self.caller().open("ferrivane:settings", "FERRIVANE://x").error, "")
+        self.assert_settings_shown(5, settle=0.2)
+        self.assertEqual(self.agents(), [agent.pid])
+        self.assertNotIn("WARN", self.log())
+
+    def test_own_links_start_an_agent(self):
+        for times, link in enumerate(("ferrivane:settings", "FERRIVANE://x"), 1):
+            self.assertEqual(self.run_program(link), DONE)
+            self.assert_settings_shown(times, settle=0.2)
+            agent, = self.agents()
+            self.assertEqual(agent, self.caller().owner())
+            self.processes.end([agent])
+
+    def test_own_link_without_a_bus_starts_the_application(self):
+        child = self.start("ferrivane:", env=NO_BUS)
+        self.assert_settings_shown(settle=1.3)
+        self.assertIsNone(child.poll())
+        self.assertIn("[WARN] no session bus: links reach Ferrivane only as operands", self.log_lines())
+        self.end(child)
+
+    def test_link_as_operand_is_routed_beside_the_agent(self):
+        browser = self.start_browser()
+        agent = self.start_agent()
+        for number, options in enumerate(([], ["--agent"])):
+            self.assertEqual(self.run_program(*options, f"https://a/{number}"), DONE)
+            self.assertEqual(browser.arguments(number)[-1], f"https://a/{number}".encode())
+        self.assertEqual(self.caller().owner(), agent.pid)
+        self.assertEqual(self.log().count(" started"), 1)
+
+    def test_link_as_operand_makes_no_agent(self):
+        self.start_browser()
+        for options in ([], ["--agent"]):
+            self.assertEqual(self.run_program(*options, "https://a/"), DONE)
+        self.assertNotIn(" started", self.log())
+        self.assertIsNone(self.caller().owner())
+
+    def test_link_and_own_link_together(self):
+        browser = self.start_browser()
+        agent = self.start_agent()
+        self.assertEqual(self.run_program("https://a/", "ferrivane:settings", "https://b/"), DONE)
+        self.assert_settings_shown()
+        self.assertEqual(self.links(browser), ["https://a/", "https://b/"])
+        self.assertEqual(self.caller().owner(), agent.pid)
+
+    def test_actions_of_the_desktop_entry(self):
+        self.start_agent()
+        caller = self.caller()
+        files = {"settings": self.rules_file, "edit-rules": self.rules_file, "show-log": self.log_file}
+        for times, (action, file) in enumerate(files.items(), 1):
+            self.assertEqual(caller.action(action).error, "")
+            wait_until(lambda: len(self.opened()) == times, LONG, action)
+            self.assertEqual(self.opened()[-1], str(file))
+        self.assertEqual(caller.action("nonsense").error, "org.freedesktop.DBus.Error.InvalidArgs")
+
+    def test_status_tells_of_the_agent_and_starts_none(self):
+        def line(**options):
+            return next(line for line in self.run_program("--status", **options).out.splitlines()
+                        if line.startswith("Agent:"))
+        self.assertEqual(line(), "Agent:    not running")
+        self.assertEqual(self.agents(), [])
+        agent = self.start_agent()
+        self.assertEqual(line(), f"Agent:    running (pid {agent.pid})")
+        self.assertEqual(line(env=NO_BUS), "Agent:    not running")
+        before = self.processes.all()
+        self.assertEqual(line(env={"DBUS_SESSION_BUS_ADDRESS": None}), "Agent:    not running")
+        self.assertEqual(self.processes.all(), before)
+
+    def test_token_of_a_start_is_not_logged(self):
+        self.start_agent()
+        self.assertEqual(self.run_program(env={"XDG_ACTIVATION_TOKEN": "to ken"}), DONE)
+        self.assert_settings_shown()
+        self.assertNotIn("to ken", self.log())
+
+
+if __name__ == "__main__":
+    main()
