@@ -2,6 +2,7 @@
 
 #include "Ferrivane/linux/DesktopServices.h"
 #include "core/port/Paths.h"
+#include "core/support/AtomicFile.h"
 
 namespace ferrivane {
 namespace {
@@ -19,6 +20,7 @@ bool LinuxPreferences::flag(std::string_view key) const {
 
 void LinuxPreferences::setFlag(std::string_view key, bool value) {
     if (DesktopServices* const services = desktopServices()) {
+        (void)AtomicFile::createFolders(file().parent_path());
         services->setFlag(file(), std::string(key), value);
     }
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -203,6 +204,77 @@ TEST_F(EventLoopTest, SignalsDoNotDisturbIt) {
     loop.runUntilIdle();
     EXPECT_EQ(happened, (Names{"timer", "child 4"}));
     ::sigaction(SIGUSR1, &before, nullptr);
+}
+
+TEST_F(EventLoopTest, RunsUntilItIsStopped) {
+    loop.after(20ms, note("late"));
+    loop.after(10ms, [this] { loop.stop(); });
+    loop.run();
+    EXPECT_TRUE(happened.empty());
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, Names{"late"});
+}
+
+// As a library's loop takes it in.
+class EventLoopTakenIn : public EventLoopTest {
+  protected:
+    EventLoopTakenIn() {
+        loop.waitThrough([this] {
+            ++rounds;
+            pollfd handle{loop.descriptor(), POLLIN, 0};
+            ::poll(&handle, 1, loop.timeoutMilliseconds());
+            loop.dispatch();
+        });
+    }
+
+    int rounds = 0;
+};
+
+TEST_F(EventLoopTakenIn, DoesTheSameWork) {
+    loop.after(30ms, note("timer"));
+    loop.watchChild(endingWith(3), noteStatus("child"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, (Names{"child 3", "timer"}));
+    EXPECT_LE(rounds, 4) << "it waits";
+}
+
+TEST_F(EventLoopTakenIn, IsNotIdleWhileRetained) {
+    loop.retain();
+    loop.retain();
+    EXPECT_FALSE(loop.isIdle());
+    loop.after(0ms, [this] { loop.release(); });
+    loop.after(10ms, [this] { loop.release(); });
+    loop.after(20ms, note("after"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, Names{"after"});
+    EXPECT_TRUE(loop.isIdle());
+}
+
+TEST_F(EventLoopTakenIn, RestsOnceAfterEachPieceOfWork) {
+    loop.whenResting([this] {
+        happened.emplace_back("rest");
+        if (std::ranges::count(happened, "rest") == 2) loop.stop();
+        if (happened.size() == 2) loop.after(0ms, note("more work"));
+    });
+    loop.after(0ms, note("work"));
+    const auto before = loop.now();
+    loop.run();
+    EXPECT_EQ(happened, (Names{"work", "rest", "more work", "rest"}));
+    EXPECT_GE(loop.now() - before, 4s);
+    EXPECT_EQ(loop.timeoutMilliseconds(), -1) << "and sleeps until there is work";
+}
+
+TEST_F(EventLoopTakenIn, WithoutAnyDescriptorLeftItStillAsks) {
+    EXPECT_EQ(test::inChild([&] {
+                  const int next = ::dup(STDERR_FILENO);
+                  ::close(next);
+                  const rlimit noMore{static_cast<rlim_t>(next), static_cast<rlim_t>(next)};
+                  ::setrlimit(RLIMIT_NOFILE, &noMore);
+                  loop.watchChild(endingWith(6), noteStatus("child"));
+                  loop.runUntilIdle();
+                  return happened.empty() ? "" : happened.front();
+              }),
+              "child 6");
 }
 
 }  // namespace

@@ -8,6 +8,11 @@
 //   adapter_probe front                  the active window's process and application
 //   adapter_probe activate PID
 //   adapter_probe scope PID
+//   adapter_probe loop                   a timer and a child's end through the library's loop
+//   adapter_probe flag KEY               a preference
+//   adapter_probe set-flag KEY
+//   adapter_probe open FILE              with the person's application for it
+#include <chrono>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -19,8 +24,11 @@
 
 #include "Ferrivane/linux/DesktopEntries.h"
 #include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/EventLoop.h"
 #include "Ferrivane/linux/LinuxApplications.h"
 #include "Ferrivane/linux/LinuxFrontmost.h"
+#include "Ferrivane/linux/LinuxPreferences.h"
+#include "Ferrivane/linux/LinuxUserInterface.h"
 #include "Ferrivane/linux/Senders.h"
 
 namespace {
@@ -45,6 +53,24 @@ int runChild(char** arguments) {
     int status = 0;
     ::waitpid(child, &status, 0);
     return WEXITSTATUS(status);
+}
+
+std::string throughTheLibrary() {
+    EventLoop loop;
+    attachTo(*desktopServices(), loop);
+    std::string happened;
+    char program[] = "false";
+    char* const arguments[] = {program, nullptr};
+    pid_t child = 0;
+    ::posix_spawnp(&child, program, nullptr, nullptr, arguments, environ);
+    loop.watchChild(child, [&](int status) { happened += "child " + std::to_string(status); });
+    loop.runUntilIdle();
+    loop.after(std::chrono::milliseconds(10), [&] {
+        happened += ", timer";
+        loop.after({}, [&] { loop.stop(); });
+    });
+    loop.run();
+    return happened;
 }
 
 }  // namespace
@@ -73,6 +99,16 @@ int main(int count, char** values) {
         DesktopServices* services = desktopServices();
         if (services != nullptr) services->moveToOwnScope(std::stoi(argument));
         std::cout << (services != nullptr ? "asked" : "no module");
+    } else if (question == "loop") {
+        std::cout << throughTheLibrary();
+    } else if (question == "flag") {
+        std::cout << (LinuxPreferences().flag(argument) ? "set" : "not set");
+    } else if (question == "set-flag") {
+        LinuxPreferences().setFlag(argument, true);
+        std::cout << "done";
+    } else if (question == "open") {
+        const auto opened = LinuxUserInterface().openDocument(argument);
+        std::cout << (opened ? "opened" : opened.error().text);
     } else {
         return 2;
     }
