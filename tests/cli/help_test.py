@@ -22,9 +22,6 @@ Usage:
 Config: {config}/ferrivane/rules.json
 Log:    {state}/ferrivane/ferrivane.log
 """
-NO_AGENT = ("Ferrivane: this build opens the links it is started with; it has no agent and no "
-            "settings window yet. See Ferrivane --help\n")
-NO_CHANGE = "Ferrivane: this build cannot change the default browser yet\n"
 
 
 class Help(ProgramCase):
@@ -64,21 +61,9 @@ class Help(ProgramCase):
                 self.assertEqual(self.run_program("--help", env=env),
                                  Ran(0, USAGE.format(config=config, state=state), ""))
 
-    def test_default_browser_cannot_be_changed_yet(self):
-        for arguments in (["--set-default"], ["--restore-default"], ["--help", "--set-default"],
-                          ["--set-default", "https://a/"]):
-            with self.subTest(arguments):
-                self.assertEqual(self.run_program(*arguments), Ran(1, "", NO_CHANGE))
-
-    def test_without_a_link_or_a_command_it_says_what_is_missing(self):
-        for arguments in ([], ["--agent"], ["-x"], ["--no-such-option", "word"], ["--statu"], [""],
-                          ["--from", "Mail"], ["ferrivane:settings"], ["FERRIVANE:"]):
-            with self.subTest(arguments):
-                self.assertEqual(self.run_program(*arguments), Ran(1, "", NO_AGENT))
-
     def test_commands_write_no_file(self):
         for arguments in (["--help"], ["--test"], ["--test", "https://a/"], ["--status"],
-                          ["--set-default"], []):
+                          ["--set-default"]):
             self.run_program(*arguments)
         files = [path for path in self.root.rglob("*") if not path.is_dir()]
         self.assertEqual(files, [])
