@@ -6,6 +6,7 @@
 #include "Ferrivane/AppInfo.h"
 #include "Ferrivane/ChromeLauncher.h"
 #include "Ferrivane/DefaultBrowser.h"
+#include "Ferrivane/ProfileSource.h"
 #include "Ferrivane/Texts.h"
 #include "core/ChromeProfiles.h"
 #include "core/Config.h"
@@ -60,6 +61,16 @@ std::string shownRule(const Decision& decision) {
     return text;
 }
 
+ProfileSource::Profiles profilesOf(const Platform& platform) {
+    std::optional<ProfileSource::Profiles> loaded;
+    ProfileSource::load(platform, [&](ProfileSource::Profiles profiles) {
+        loaded = std::move(profiles);
+        platform.mainLoop.stop();
+    });
+    if (!loaded) platform.mainLoop.run();
+    return std::move(*loaded);
+}
+
 int test(const Commands::Test& command, const Platform& platform, std::ostream& out) {
     if (command.url.empty()) {
         out << usage(platform.desktop);
@@ -74,7 +85,7 @@ int test(const Commands::Test& command, const Platform& platform, std::ostream& 
     std::optional<Opener> opener;
     if (command.from) opener = Opener{command.from, command.from, command.from};
     const Decision decision = Matcher::decide(command.url, opener, *config);
-    const auto profiles = ChromeProfiles::load(ChromeProfiles::localStateURL());
+    const auto profiles = profilesOf(platform);
     const auto profile = profiles ? ChromeProfiles::resolve(decision.profile, *profiles)
                                   : std::optional<ChromeProfile>();
 
@@ -103,10 +114,10 @@ std::string agentState(const std::vector<pid_t>& processes) {
     return "running (pid " + list + ")";
 }
 
-void printProfiles(std::ostream& out) {
-    const auto profiles = ChromeProfiles::load(ChromeProfiles::localStateURL());
+void printProfiles(const Platform& platform, std::ostream& out) {
+    const auto profiles = profilesOf(platform);
     if (!profiles) {
-        out << "Profiles: cannot read (" << profiles.error().description() << ")\n";
+        out << "Profiles: cannot read (" << profiles.error() << ")\n";
         return;
     }
     constexpr std::size_t kNameWidth = 12;
@@ -125,8 +136,8 @@ int status(const Platform& platform, std::ostream& out) {
     const Applications& applications = platform.applications;
     out << "Ferrivane " << AppInfo::version(applications)
         << (AppInfo::isBundled(applications) ? "" : " (unbundled binary)") << "\n";
-    out << "Sandbox:  "
-        << (ChromeLauncher::isSandboxed() ? textsFor(platform.desktop).sandboxed : "no") << "\n";
+    out << "Sandbox:  " << (platform.isSandboxed ? textsFor(platform.desktop).sandboxed : "no")
+        << "\n";
 
     std::error_code error;
     const bool hasConfig = std::filesystem::exists(Config::fileURL(), error);
@@ -143,7 +154,7 @@ int status(const Platform& platform, std::ostream& out) {
     } else {
         out << "Chrome:   NOT FOUND\n";
     }
-    printProfiles(out);
+    printProfiles(platform, out);
     return 0;
 }
 

@@ -6,7 +6,9 @@
 #include <memory>
 #include <utility>
 
+#include "Ferrivane/HelperScript.h"
 #include "core/ChromeSingleton.h"
+#include "core/support/Url.h"
 
 namespace ferrivane::ChromeLauncher {
 namespace {
@@ -76,14 +78,15 @@ class Launch : public std::enable_shared_from_this<Launch> {
     }
 
   private:
-    // The routes, all in one place. Those of the sandboxed build belong here too.
+    // The routes, all in one place.
     void chooseRoute() {
         const auto running = platform_.browser.running();
-        if (running) {
-            handOver(*running);
-        } else {
-            coldLaunch();
+        if (!platform_.isSandboxed) return running ? handOver(*running) : coldLaunch();
+        if (HelperScript::isInstalled(platform_)) {
+            return running ? scriptHandOver(*running) : scriptLaunch();
         }
+        log_.warn("helper script not installed; opening in Chrome without a profile");
+        openLinkAlone();
     }
 
     Browser::Arguments switches() const {
@@ -152,6 +155,57 @@ class Launch : public std::enable_shared_from_this<Launch> {
             chrome_, switches(), [self = shared_from_this()](const auto& process) {
                 self->finish(process ? Outcome(launched(*process))
                                      : failure(LaunchError::Kind::platform, process.error().text));
+            });
+    }
+
+    // A sandboxed process can only ask: `command` is one of the script's.
+    void runScript(const std::string& command, const std::filesystem::path& application,
+                   std::function<std::string()> opened) {
+        std::vector<std::string> words = switches().switches;
+        words.insert(words.begin(), {command, application.string()});
+        HelperScript::run(
+            platform_, words, request_.activationToken,
+            [self = shared_from_this(), opened](const HelperScript::Result& result) {
+                if (result) return self->finish(opened());
+                self->finish(failure(LaunchError::Kind::platform, result.error().description()));
+            });
+    }
+
+    void scriptHandOver(pid_t process) {
+        const auto executable = platform_.applications.executable(chrome_);
+        if (!executable) {
+            return finish(failure(LaunchError::Kind::noExecutable, chrome_.string()));
+        }
+        runScript("open", *executable, [this, process] {
+            Front{platform_, log_}.ensure(process);
+            return handedTo(process) + " through the helper script";
+        });
+    }
+
+    void scriptLaunch() {
+        std::optional<std::filesystem::path> application = chrome_;
+        if (platform_.desktop != Desktop::macOS) {
+            application = platform_.applications.executable(chrome_);
+        }
+        if (!application) {
+            return finish(failure(LaunchError::Kind::noExecutable, chrome_.string()));
+        }
+        runScript("launch", *application,
+                  [] { return "launched Chrome through the helper script"; });
+    }
+
+    void openLinkAlone() {
+        if (!Url::parse(request_.url)) {
+            return finish(failure(LaunchError::Kind::malformedURL, request_.url));
+        }
+        platform_.browser.openLink(
+            chrome_, {arguments(request_.url, std::nullopt), request_.activationToken},
+            [self = shared_from_this()](const auto& process) {
+                if (!process) {
+                    return self->finish(failure(LaunchError::Kind::platform, process.error().text));
+                }
+                self->finish("opened in Chrome (pid " + std::to_string(*process) +
+                             ") without a profile — helper script missing");
             });
     }
 

@@ -22,11 +22,11 @@ struct LaunchError {
         noExecutable,
         malformedURL,
         chromeNotFound,
-        platform,  // the desktop's own words
+        platform,  // the words of the desktop, or of the helper script
     };
 
     Kind kind = Kind::chromeNotFound;
-    std::string text{};  // the application's path, the link, or the desktop's words
+    std::string text{};  // the application's path, the link, or those words
 
     std::string description() const;
 
@@ -55,7 +55,8 @@ void open(const Platform& platform, Log& log, const Request& request,
 std::optional<std::filesystem::path> chromeAppURL(
     const Applications& applications, const std::filesystem::path& fallback = fallbackLocation);
 
-// Whether the process runs in the App Sandbox; found out once.
+// Whether the process runs in the App Sandbox; found out once. A desktop may know of other
+// sandboxes: Platform says whether it is one.
 bool isSandboxed();
 // The same, found out now: the variable APP_SANDBOX_CONTAINER_ID is set, also when it is empty.
 bool sandboxMarkerPresent();

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "Ferrivane/ProfileSource.h"
 #include "core/ChromeProfiles.h"
 #include "core/Matcher.h"
 #include "core/Redact.h"
@@ -87,12 +88,13 @@ Config Router::loadConfig() const {
 }
 
 void Router::loadProfiles(const std::function<void(std::vector<ChromeProfile>)>& completion) const {
-    auto profiles = ChromeProfiles::load(ChromeProfiles::localStateURL());
-    if (!profiles) {
-        log.error("cannot read Chrome profiles: " + profiles.error().description());
-        return completion({});
-    }
-    completion(std::move(*profiles));
+    ProfileSource::load(platform_, [this, completion](ProfileSource::Profiles profiles) {
+        if (!profiles) {
+            log.error("cannot read Chrome profiles: " + profiles.error());
+            return completion({});
+        }
+        completion(std::move(*profiles));
+    });
 }
 
 LaunchFailureAlert launchFailureAlert(const std::string& url,

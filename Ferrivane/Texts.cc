@@ -12,6 +12,12 @@ constexpr Texts kMacOS{
     .asking = "asking macOS to make ",
     .askingEnd = " the default browser… confirm the dialog",
     .sandboxed = "yes — Chrome reached through Launch Services",
+    .scriptsFolder = "~/Library/Application Scripts",
+    .scriptsFolderName = "the Application Scripts folder",
+    .saveHelper =
+        "Click Install Helper to save the script into this folder. "
+        "macOS only lets Ferrivane write here with your confirmation.",
+    .inFileManager = "in Finder",
 };
 
 constexpr Texts kFreedesktop{
@@ -21,6 +27,12 @@ constexpr Texts kFreedesktop{
     .asking = "asking the desktop to make ",
     .askingEnd = " the default browser…",
     .sandboxed = "yes — Chrome reached through the helper script",
+    .scriptsFolder = "~/.local/share/ferrivane/scripts",
+    .scriptsFolderName = "the scripts folder",
+    .saveHelper =
+        "Click Install Helper to save the script into this folder. "
+        "Ferrivane can only write here with your confirmation.",
+    .inFileManager = "in the file manager",
 };
 
 }  // namespace

@@ -15,6 +15,10 @@ struct Texts {
     std::string_view asking;     // in front of an application's file name
     std::string_view askingEnd;  // behind it
     std::string_view sandboxed;
+    std::string_view scriptsFolder;      // where it is as a rule
+    std::string_view scriptsFolderName;  // what a sentence calls it
+    std::string_view saveHelper;         // the save panel's message
+    std::string_view inFileManager;
 };
 
 const Texts& textsFor(Desktop desktop);

@@ -69,6 +69,9 @@ class DesktopServices {
                           const std::optional<std::string>& activationToken) = 0;
     // Opens a file with the person's application for it. The error is the library's text.
     virtual std::expected<void, std::string> open(const std::filesystem::path& file) = 0;
+    // Shows a file selected in the file manager (freedesktop.org, File Manager D-Bus Interface);
+    // without one that can, opens its folder.
+    virtual void select(const std::filesystem::path& file) = 0;
     // A flag in a key file (freedesktop.org, Desktop Entry Specification, "Basic format"); false
     // when it is not there.
     virtual bool flag(const std::filesystem::path& file, const std::string& key) = 0;

@@ -20,6 +20,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kStartInterval = 10ms;
 constexpr auto kStartLimit = 5s;
+constexpr auto kLinkLimit = 1s;
 
 using Completion = std::function<void(std::expected<pid_t, PlatformError>)>;
 
@@ -44,6 +45,23 @@ std::string hostName() {
     return ::uname(&names) == 0 ? names.nodename : "";
 }
 
+// Not one of the browser's helpers, which carry their type and may have put their arguments into
+// one text, and not one that was told to use another folder.
+bool isMainProcess(const std::vector<std::string>& arguments,
+                   const std::filesystem::path& userDataDirectory) {
+    constexpr std::string_view kType = "--type=";
+    constexpr std::string_view kFolder = "--user-data-dir=";
+    if (arguments.empty()) return false;
+    if (arguments.size() == 1 && arguments[0].find(" " + std::string(kType)) != std::string::npos) {
+        return false;
+    }
+    return std::ranges::none_of(arguments, [&](const std::string& argument) {
+        return argument.starts_with(kType) ||
+               (argument.starts_with(kFolder) &&
+                argument.substr(kFolder.size()) != userDataDirectory);
+    });
+}
+
 bool isOurs(pid_t process) {
     struct stat info{};
     return ::stat(("/proc/" + std::to_string(process)).c_str(), &info) == 0 &&
@@ -54,6 +72,7 @@ bool isOurs(pid_t process) {
 
 std::optional<pid_t> LinuxBrowser::running() const {
     if (!location_) return std::nullopt;
+    if (isSandboxed_) return visibleProcess();
     const auto process = listener();
     return process ? process : lockOwner();
 }
@@ -80,13 +99,30 @@ std::optional<pid_t> LinuxBrowser::lockOwner() const {
     const char* const end = lock.data() + lock.size();
     if (std::from_chars(lock.data() + dash + 1, end, process).ptr != end) return std::nullopt;
     const auto status = process > 0 ? Processes::status(process) : std::nullopt;
-    if (!status || status->state == 'Z' || !isOurs(process)) return std::nullopt;
-    const auto executable = Processes::executable(process);
-    if (!executable || std::ranges::find(location_->processNames, executable->filename()) ==
-                           location_->processNames.end()) {
-        return std::nullopt;
-    }
+    if (!status || status->state == 'Z' || !isBrowserProgram(process)) return std::nullopt;
     return process;
+}
+
+bool LinuxBrowser::isBrowserProgram(pid_t process) const {
+    const auto executable = isOurs(process) ? Processes::executable(process) : std::nullopt;
+    return executable && std::ranges::find(location_->processNames, executable->filename()) !=
+                             location_->processNames.end();
+}
+
+std::optional<pid_t> LinuxBrowser::visibleProcess() const {
+    std::optional<pid_t> first;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename();
+        pid_t process = 0;
+        std::from_chars(name.data(), name.data() + name.size(), process);
+        if (process < 1 || (first && *first < process) || !isBrowserProgram(process)) continue;
+        if (isMainProcess(Processes::arguments(process), location_->userDataDirectory)) {
+            first = process;
+        }
+    }
+    return first;
 }
 
 void LinuxBrowser::launch(const std::filesystem::path&, const Arguments& arguments,
@@ -125,6 +161,35 @@ void LinuxBrowser::launch(const std::filesystem::path&, const Arguments& argumen
         loop_.after(kStartInterval, [again] { again(again); });
     };
     poll(poll);
+}
+
+void LinuxBrowser::openLink(const std::filesystem::path&, const Arguments& link,
+                            Completion completion) {
+    if (!location_) {
+        return completion(std::unexpected(PlatformError{"Chrome has no desktop entry"}));
+    }
+    std::vector<std::string> command = location_->command;
+    command.insert(command.end(), link.switches.begin(), link.switches.end());
+    const auto process = spawnDetached(hostSpawn_.command(std::move(command), link.activationToken),
+                                       link.activationToken);
+    if (!process) {
+        return completion(
+            std::unexpected(cannotStart(location_->command.front(), process.error())));
+    }
+    // One that stays is the browser; one that ends has passed the link on, or has failed.
+    auto start =
+        std::make_shared<Start>(Start{std::move(completion), loop_.now() + kLinkLimit, *process});
+    loop_.watchChild(*process, [this, start](int status) {
+        if (status == 0) return start->finish(running().value_or(0));
+        start->finish(std::unexpected(
+            PlatformError{"Chrome ended with status " + std::to_string(status) + " at its start"}));
+    });
+    loop_.after(kLinkLimit, [this, start] {
+        if (start->isOver()) return;
+        loop_.forgetChild(start->process);
+        start->finish(running().value_or(0));
+        started_(start->process);
+    });
 }
 
 std::expected<pid_t, PlatformError> LinuxBrowser::startRelay(

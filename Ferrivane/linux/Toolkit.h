@@ -8,6 +8,7 @@
 
 #include "Ferrivane/linux/EventLoop.h"
 #include "Ferrivane/platform/Dialogs.h"
+#include "Ferrivane/platform/SavePanel.h"
 
 namespace ferrivane {
 
@@ -19,6 +20,9 @@ class Toolkit {
     // whether the link is now on the clipboard, which lives only as long as this process.
     virtual void showLaunchFailure(const LaunchFailureAlert& alert,
                                    std::function<void(bool holdsClipboard)> closed) = 0;
+    // Returns at once. `answered` is called when the person has answered.
+    virtual void showSavePanel(const SavePanel::Question& question,
+                               std::function<void(const SavePanel::Answer&)> answered) = 0;
     // Calls `work` once another program has taken the clipboard, or after ten minutes.
     virtual void whenClipboardIsFree(std::function<void()> work) = 0;
 };

@@ -7,6 +7,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "Ferrivane/ChromeLauncher.h"
 #include "Ferrivane/Run.h"
 #include "Ferrivane/linux/ChromeLocation.h"
 #include "Ferrivane/linux/DesktopServices.h"
@@ -19,6 +20,8 @@
 #include "Ferrivane/linux/LinuxDialogs.h"
 #include "Ferrivane/linux/LinuxFrontmost.h"
 #include "Ferrivane/linux/LinuxPreferences.h"
+#include "Ferrivane/linux/LinuxSavePanel.h"
+#include "Ferrivane/linux/LinuxScripts.h"
 #include "Ferrivane/linux/LinuxSession.h"
 #include "Ferrivane/linux/LinuxUserInterface.h"
 #include "core/ChromeProfiles.h"
@@ -69,7 +72,9 @@ int main(int count, char** values) {
         });
     };
     LinuxApplications applications(entries, chrome);
-    LinuxBrowser browser(chrome, mainLoop, locate, moveToOwnScope);
+    const HostSpawn hostSpawn;
+    const bool isSandboxed = ChromeLauncher::isSandboxed() || hostSpawn.isNeeded();
+    LinuxBrowser browser(chrome, mainLoop, locate, moveToOwnScope, isSandboxed, hostSpawn);
     LinuxFrontmost frontmost(entries);
     LaunchLockFile launchLock(LaunchLockFile::defaultPath());
     LinuxDialogs dialogs(mainLoop, std::cerr, ::isatty(STDERR_FILENO) != 0);
@@ -77,6 +82,8 @@ int main(int count, char** values) {
     LinuxSession session(mainLoop);
     LinuxUserInterface userInterface;
     LinuxPreferences preferences;
+    LinuxScripts scripts(mainLoop, hostSpawn);
+    LinuxSavePanel savePanel(mainLoop);
 
     const int status = run({values + (count > 0 ? 1 : 0), values + count},
                            Platform{.desktop = Desktop::freedesktop,
@@ -90,6 +97,9 @@ int main(int count, char** values) {
                                     .session = session,
                                     .userInterface = userInterface,
                                     .preferences = preferences,
+                                    .scripts = scripts,
+                                    .savePanel = savePanel,
+                                    .isSandboxed = isSandboxed,
                                     .activationToken = takeActivationToken()});
     mainLoop.runUntilIdle();  // alerts that are still open
     return status;

@@ -35,7 +35,8 @@ class Browser {
     // each link and each command.
     virtual void locate() = 0;
 
-    // The process of the running browser; absent when it is not running.
+    // The process of the running browser; absent when it is not running. In a sandbox nothing of
+    // the browser's own is touched to find out.
     virtual std::optional<pid_t> running() const = 0;
     // Whether this process is the running browser now. Unlike running() it may be asked again and
     // again of a browser that hangs.
@@ -45,6 +46,10 @@ class Browser {
     // can be handed to it.
     virtual void launch(const std::filesystem::path& location, const Arguments& arguments,
                         std::function<void(std::expected<pid_t, PlatformError>)> completion) = 0;
+    // Opens one link and nothing else with the application at `location`. Succeeds with its process
+    // (0 when unknown).
+    virtual void openLink(const std::filesystem::path& location, const Arguments& link,
+                          std::function<void(std::expected<pid_t, PlatformError>)> completion) = 0;
     // Runs the application's executable as a child that is otherwise independent of us: no
     // terminal, no standard streams, not ended by our end. The completion receives its exit status.
     virtual std::expected<pid_t, PlatformError> startRelay(

@@ -13,6 +13,8 @@
 #include "Ferrivane/platform/LaunchLock.h"
 #include "Ferrivane/platform/MainLoop.h"
 #include "Ferrivane/platform/Preferences.h"
+#include "Ferrivane/platform/SavePanel.h"
+#include "Ferrivane/platform/Scripts.h"
 #include "Ferrivane/platform/Session.h"
 #include "Ferrivane/platform/UserInterface.h"
 
@@ -32,6 +34,9 @@ struct Platform {
     Session& session;
     UserInterface& userInterface;
     Preferences& preferences;
+    Scripts& scripts;
+    SavePanel& savePanel;
+    bool isSandboxed;                            // Chrome's files and arguments are out of reach
     std::optional<std::string> activationToken;  // came with the start of the process
 };
 

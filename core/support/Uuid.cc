@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <random>
+#include <string_view>
 
 namespace ferrivane {
 
@@ -19,6 +20,17 @@ Uuid Uuid::random() {
     uuid.bytes[6] = static_cast<std::uint8_t>((uuid.bytes[6] & 0x0F) | 0x40);  // version 4
     uuid.bytes[8] = static_cast<std::uint8_t>((uuid.bytes[8] & 0x3F) | 0x80);  // RFC variant
     return uuid;
+}
+
+std::string Uuid::text() const {
+    constexpr std::string_view kDigits("0123456789ABCDEF");
+    std::string result;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) result.push_back('-');
+        result.push_back(kDigits[bytes[i] >> 4]);
+        result.push_back(kDigits[bytes[i] & 0x0F]);
+    }
+    return result;
 }
 
 }  // namespace ferrivane

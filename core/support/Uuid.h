@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 namespace ferrivane {
 
@@ -11,6 +12,9 @@ struct Uuid {
 
     // A fresh one; callable from any thread.
     static Uuid random();
+
+    // "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX" in upper-case hexadecimal digits.
+    std::string text() const;
 
     bool operator==(const Uuid&) const = default;
 };

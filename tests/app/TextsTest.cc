@@ -28,6 +28,17 @@ TEST(Texts, EachDesktopHasItsOwnWords) {
          " the default browser…"},
         {"the sandbox", &Texts::sandboxed, "yes — Chrome reached through Launch Services",
          "yes — Chrome reached through the helper script"},
+        {"the scripts folder", &Texts::scriptsFolder, "~/Library/Application Scripts",
+         "~/.local/share/ferrivane/scripts"},
+        {"the scripts folder in a sentence", &Texts::scriptsFolderName,
+         "the Application Scripts folder", "the scripts folder"},
+        {"the message of the save panel", &Texts::saveHelper,
+         "Click Install Helper to save the script into this folder. macOS only lets Ferrivane "
+         "write "
+         "here with your confirmation.",
+         "Click Install Helper to save the script into this folder. Ferrivane can only write here "
+         "with your confirmation."},
+        {"where a file is shown", &Texts::inFileManager, "in Finder", "in the file manager"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(textsFor(Desktop::macOS).*row.text, row.macOS) << row.name;

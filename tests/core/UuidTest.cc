@@ -21,5 +21,11 @@ TEST(Uuid, IsOfVersionFourAndNeverTheSame) {
     EXPECT_EQ(copy, uuid);
 }
 
+TEST(Uuid, TextHasItsDigitsInFiveGroups) {
+    const Uuid uuid{
+        {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF, 0, 0x0F, 0xF0, 0xFF, 0xA5, 1, 2, 3}};
+    EXPECT_EQ(uuid.text(), "01234567-89AB-CDEF-000F-F0FFA5010203");
+}
+
 }  // namespace
 }  // namespace ferrivane

@@ -166,6 +166,13 @@ void FakeBrowser::launch(const std::filesystem::path& location, const Arguments&
     loop_.afterExactly(launchTakes, [this, done = std::move(completion)] { done(launched); });
 }
 
+void FakeBrowser::openLink(const std::filesystem::path& location, const Arguments& link,
+                           std::function<void(std::expected<pid_t, PlatformError>)> completion) {
+    calls_.add("browser.openLink " + location.string() + shown(link));
+    given = link;
+    loop_.afterExactly(launchTakes, [this, done = std::move(completion)] { done(launched); });
+}
+
 std::expected<pid_t, PlatformError> FakeBrowser::startRelay(
     const std::filesystem::path& executable, const Arguments& arguments,
     std::function<void(int status)> completion) {
@@ -287,6 +294,49 @@ void FakePreferences::setFlag(std::string_view key, bool value) {
     flags.insert_or_assign(std::string(key), value);
 }
 
+std::optional<std::filesystem::path> FakeScripts::directory() const {
+    return folder;
+}
+
+std::expected<void, PlatformError> FakeScripts::makeDirectory() {
+    calls_.add("scripts.makeDirectory");
+    return made;
+}
+
+std::optional<std::filesystem::path> FakeScripts::bundledHelper() const {
+    return bundled;
+}
+
+std::filesystem::path FakeScripts::temporaryDirectory() const {
+    return temporary;
+}
+
+void FakeScripts::run(const std::filesystem::path& script,
+                      const std::vector<std::string>& arguments,
+                      const std::optional<std::string>& activationToken,
+                      std::function<void(std::expected<void, PlatformError>)> completion) {
+    calls_.add("scripts.run " + script.string() + shown({arguments, activationToken}));
+    loop_.afterExactly(runTakes, [this, arguments, done = std::move(completion)] {
+        if (whenRun) whenRun(arguments);
+        done(ran);
+    });
+}
+
+void FakeScripts::select(const std::filesystem::path& file) {
+    calls_.add("scripts.select " + file.string());
+}
+
+void FakeScripts::openFolder(const std::filesystem::path& opened) {
+    calls_.add("scripts.openFolder " + opened.string());
+}
+
+void FakeSavePanel::show(const Question& question, std::function<void(Answer)> completion) {
+    calls_.add("savePanel.show " + question.directory.string());
+    asked = question;
+    if (whenShown) whenShown();
+    completion(answer);
+}
+
 Platform FakePlatform::platform() {
     return {.desktop = desktop,
             .mainLoop = mainLoop,
@@ -299,6 +349,9 @@ Platform FakePlatform::platform() {
             .session = session,
             .userInterface = userInterface,
             .preferences = preferences,
+            .scripts = scripts,
+            .savePanel = savePanel,
+            .isSandboxed = isSandboxed,
             .activationToken = activationToken};
 }
 

@@ -136,6 +136,8 @@ class FakeBrowser : public Browser {
     bool isRunning(pid_t asked) const override;
     void launch(const std::filesystem::path& location, const Arguments& arguments,
                 std::function<void(std::expected<pid_t, PlatformError>)> completion) override;
+    void openLink(const std::filesystem::path& location, const Arguments& link,
+                  std::function<void(std::expected<pid_t, PlatformError>)> completion) override;
     std::expected<pid_t, PlatformError> startRelay(
         const std::filesystem::path& executable, const Arguments& arguments,
         std::function<void(int status)> completion) override;
@@ -258,6 +260,48 @@ class FakePreferences : public Preferences {
     CallList& calls_;
 };
 
+class FakeScripts : public Scripts {
+  public:
+    FakeScripts(CallList& calls, FakeMainLoop& loop) : calls_(calls), loop_(loop) {}
+
+    std::optional<std::filesystem::path> folder;
+    std::expected<void, PlatformError> made;
+    std::optional<std::filesystem::path> bundled;
+    std::filesystem::path temporary = "/nowhere";
+    std::expected<void, PlatformError> ran;
+    FakeMainLoop::Duration runTakes = std::chrono::milliseconds(50);
+    // What the script does, just before it ends.
+    std::function<void(const std::vector<std::string>& arguments)> whenRun;
+
+    std::optional<std::filesystem::path> directory() const override;
+    std::expected<void, PlatformError> makeDirectory() override;
+    std::optional<std::filesystem::path> bundledHelper() const override;
+    std::filesystem::path temporaryDirectory() const override;
+    void run(const std::filesystem::path& script, const std::vector<std::string>& arguments,
+             const std::optional<std::string>& activationToken,
+             std::function<void(std::expected<void, PlatformError>)> completion) override;
+    void select(const std::filesystem::path& file) override;
+    void openFolder(const std::filesystem::path& opened) override;
+
+  private:
+    CallList& calls_;
+    FakeMainLoop& loop_;
+};
+
+class FakeSavePanel : public SavePanel {
+  public:
+    explicit FakeSavePanel(CallList& calls) : calls_(calls) {}
+
+    Answer answer;
+    std::optional<Question> asked;
+    std::function<void()> whenShown;
+
+    void show(const Question& question, std::function<void(Answer)> completion) override;
+
+  private:
+    CallList& calls_;
+};
+
 class FakePlatform {
   public:
     FakePlatform() = default;
@@ -268,6 +312,7 @@ class FakePlatform {
     Platform platform();
 
     Desktop desktop = Desktop::freedesktop;
+    bool isSandboxed = false;
     std::optional<std::string> activationToken;
 
     CallList calls;
@@ -281,6 +326,8 @@ class FakePlatform {
     FakeSession session{calls};
     FakeUserInterface userInterface{calls};
     FakePreferences preferences{calls};
+    FakeScripts scripts{calls, mainLoop};
+    FakeSavePanel savePanel{calls};
 };
 
 }  // namespace ferrivane::test

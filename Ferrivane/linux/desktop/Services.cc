@@ -39,6 +39,7 @@ class Services : public DesktopServices {
     std::expected<void, std::string> open(const std::filesystem::path& file) override {
         return Documents::open(file);
     }
+    void select(const std::filesystem::path& file) override { Documents::select(file); }
     bool flag(const std::filesystem::path& file, const std::string& key) override {
         return KeyFile::flag(file, key);
     }

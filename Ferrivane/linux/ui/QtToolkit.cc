@@ -10,6 +10,7 @@
 
 #include "Ferrivane/linux/Toolkit.h"
 #include "Ferrivane/linux/ui/Alert.h"
+#include "Ferrivane/linux/ui/SavePanelWindow.h"
 
 namespace ferrivane {
 namespace {
@@ -32,6 +33,11 @@ class QtToolkit : public Toolkit {
         window->show();
         window->raise();
         window->activateWindow();
+    }
+
+    void showSavePanel(const SavePanel::Question& question,
+                       std::function<void(const SavePanel::Answer&)> answered) override {
+        showSavePanelWindow(question, std::move(answered));
     }
 
     void whenClipboardIsFree(std::function<void()> work) override {
