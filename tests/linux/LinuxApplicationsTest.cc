@@ -74,6 +74,8 @@ TEST_F(LinuxApplicationsTest, TheOwnBundle) {
         SCOPED_TRACE(row.name);
         test::writeEntry(folder / (id + ".desktop"), row.lines);
         EXPECT_EQ(applications.ownBundle().identifier, row.identifier);
+        EXPECT_EQ(applications.ownBundle().location,
+                  row.identifier ? folder / (id + ".desktop") : std::filesystem::path());
         EXPECT_TRUE(applications.ownBundle().version);
     }
 }
@@ -112,6 +114,72 @@ TEST_F(LinuxApplicationsTest, TheHandlerOfAScheme) {
         EXPECT_EQ(test::outputOf({ADAPTER_PROBE, "handler", row.scheme}, variables),
                   row.handler + "\n");
     }
+}
+
+TEST_F(LinuxApplicationsTest, TheIdentifierIsThatOfTheEntry) {
+    const auto entry = test::writeEntry(folder / "org.example.Chat.desktop", "Chat", chat);
+    const auto below = test::writeEntry(folder / "vendor/sub/chat.desktop", "Chat", chat);
+    const auto elsewhere = test::writeEntry(dir / "elsewhere/chat.desktop", "Chat", chat);
+    EXPECT_EQ(applications.identifier(entry), "org.example.Chat");
+    EXPECT_EQ(applications.identifier(below), "vendor-sub-chat");
+    EXPECT_EQ(applications.location("vendor-sub-chat"), below);
+    for (const auto& file : {elsewhere, folder / "missing.desktop", folder / "vendor", folder, chat,
+                             std::filesystem::path()}) {
+        EXPECT_EQ(applications.identifier(file), std::nullopt) << file;
+    }
+}
+
+// Each request in a process of its own, as a command is.
+TEST_F(LinuxApplicationsTest, AnEntryBecomesTheHandlerOfAScheme) {
+    const std::string exec = chat.string() + " %u";
+    const auto one = test::writeEntry(folder / "one.desktop", "One", exec);
+    const auto below = test::writeEntry(folder / "vendor/two.desktop", "Two", exec);
+    const auto broken = test::writeEntry(folder / "broken.desktop", "Broken", "/nowhere/x %u");
+    const auto elsewhere = test::writeEntry(dir / "elsewhere/chat.desktop", "Chat", exec);
+    const test::Variables variables{{"XDG_DATA_HOME", dir / "data"},
+                                    {"XDG_CONFIG_HOME", dir / "config"},
+                                    {"XDG_DATA_DIRS", dir / "nothing"}};
+    const auto asked = [&](const std::string& question, const std::string& scheme,
+                           const std::filesystem::path& entry = {}) {
+        return test::outputOf({ADAPTER_PROBE, question, scheme, entry}, variables);
+    };
+    EXPECT_EQ(asked("set", "https", one), "accepted\n");
+    EXPECT_EQ(asked("handler", "https"), one.string() + "\n");
+    EXPECT_EQ(asked("handler", "http"), "nothing\n");
+    EXPECT_EQ(asked("set", "http", below), "accepted\n");
+    EXPECT_EQ(asked("handler", "http"), below.string() + "\n");
+    EXPECT_EQ(asked("handler", "https"), one.string() + "\n");
+    EXPECT_EQ(asked("set", "https", broken), "the desktop knows no usable broken.desktop\n");
+    EXPECT_EQ(asked("set", "https", elsewhere), "no installed desktop entry\n");
+    EXPECT_EQ(asked("set", "https", folder / "missing.desktop"), "no installed desktop entry\n");
+    EXPECT_EQ(asked("handler", "https"), one.string() + "\n");
+}
+
+TEST_F(LinuxApplicationsTest, TheSettingThatKeepsTheOldHandler) {
+    const std::string exec = chat.string() + " %u";
+    const auto one = test::writeEntry(folder / "one.desktop", "One", exec);
+    const auto two = test::writeEntry(folder / "two.desktop", "Two", exec);
+    const auto list = dir / "config/one-mimeapps.list";
+    std::filesystem::create_directory(dir / "config");
+    test::writeText(list, "[Default Applications]\nx-scheme-handler/https=two.desktop;\n");
+    const auto setting = [&](const char* scheme, const char* desktops) {
+        return test::outputOf({ADAPTER_PROBE, "setting", scheme, one},
+                              {{"XDG_DATA_HOME", dir / "data"},
+                               {"XDG_CONFIG_HOME", dir / "config"},
+                               {"XDG_DATA_DIRS", dir / "nothing"},
+                               {"BROWSER", std::nullopt},
+                               {"XDG_CURRENT_DESKTOP", desktops}});
+    };
+    const std::string named = list.string() +
+                              " counts before mimeapps.list; change or remove "
+                              "x-scheme-handler/https in its group [Default Applications]\n";
+    EXPECT_EQ(setting("https", "ONE"), named);
+    EXPECT_EQ(setting("https", "Other::One"), named);
+    EXPECT_EQ(setting("https", "Other"), "nothing\n");
+    EXPECT_EQ(setting("https", ""), "nothing\n");
+    EXPECT_EQ(setting("http", "ONE"), "nothing\n");
+    test::writeText(list, "x-scheme-handler/https=two.desktop");
+    EXPECT_EQ(setting("https", "ONE"), "nothing\n");
 }
 
 TEST_F(LinuxApplicationsTest, WithoutItsModuleTheDesktopTellsNothing) {

@@ -4,6 +4,8 @@
 //   adapter_probe opener                 who sent a link to this process
 //   adapter_probe run PROGRAM ARGUMENT…  runs a child and waits, as a start of this very program
 //   adapter_probe handler SCHEME
+//   adapter_probe set SCHEME ENTRY       makes it the handler
+//   adapter_probe setting SCHEME ENTRY   what keeps it from being the handler
 //   adapter_probe owner NAME
 //   adapter_probe front                  the active window's process and application
 //   adapter_probe activate PID
@@ -82,12 +84,19 @@ int main(int count, char** values) {
 
     const auto entries = DesktopEntries::ofSession();
     const std::optional<ChromeLocation> noChrome;
-    const LinuxApplications applications(entries, noChrome);
+    LinuxApplications applications(entries, noChrome);
+    const std::string entry = count > 3 ? values[3] : "";
     LinuxFrontmost frontmost(entries);
     if (question == "opener") {
         std::cout << describe(Senders::opener(Senders::ownOrigin(), entries));
     } else if (question == "handler") {
         std::cout << applications.handler(argument).value_or("nothing").string();
+    } else if (question == "set") {
+        applications.setHandler(entry, argument, [](std::expected<void, PlatformError> result) {
+            std::cout << (result ? "accepted" : result.error().text);
+        });
+    } else if (question == "setting") {
+        std::cout << applications.overridingSetting(entry, {argument}).value_or("nothing");
     } else if (question == "owner") {
         const auto processes = applications.running(argument);
         std::cout << (processes.empty() ? "nobody" : std::to_string(processes.front()));
