@@ -1,9 +1,10 @@
 """A throw-away desktop with a real browser in it.
 
 A Desktop has a home and XDG folders of its own below one temporary folder, a private X server with
-a window manager, no message bus, a local web server, and Debian's Chromium with profiles written by
-hand. Each profile asks for pages in a language of its own, so the server's records say which profile
-fetched a link. Nothing of the person's is read or written; nothing stays behind, whatever the end.
+a window manager, no message bus unless it is asked for, a local web server, and Debian's Chromium
+with profiles written by hand. Each profile asks for pages in a language of its own, so the server's
+records say which profile fetched a link. Nothing of the person's is read or written; nothing stays
+behind, whatever the end.
 """
 
 import atexit
@@ -20,6 +21,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 from processes import Processes, shorten, wait_until
+from session_bus import APPLICATION, SessionBus, write_description
 from webserver import HOME, PLAY, PROFILES, SHOP, WORK, Profile, WebServer  # noqa: F401
 
 
@@ -127,7 +129,7 @@ class Desktop:
         # With its parent gone the server ends, and with the server all who draw on it.
         self.processes.start(
             [program("setpriv", "util-linux"), "--pdeathsig", "TERM", server, "-displayfd", str(writing),
-             "-screen", "0", size + "x24", "-nolisten", "tcp"],
+             "-screen", "0", size + "x24", "-nolisten", "tcp", "-noreset"],
             pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as pipe:
@@ -135,11 +137,33 @@ class Desktop:
         if not number:
             raise RuntimeError("Xvfb did not start")
         display = f":{number}"
-        self.processes.start([manager], env=self.env | {"DISPLAY": display},
-                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        on_display = {"env": self.env | {"DISPLAY": display}, "stdout": subprocess.DEVNULL,
+                      "stderr": subprocess.DEVNULL}
+        self.processes.start([manager], **on_display)
+        # A window that comes before the manager is ready may never be shown.
+        desktop_number = [program("xdotool", "xdotool"), "get_desktop"]
+        wait_until(lambda: subprocess.run(desktop_number, timeout=20, **on_display).returncode == 0, 20,
+                   "a window manager")
         return display
 
+    def start_bus(self):
+        """A session bus for whatever is started from now on; it starts nothing but Ferrivane."""
+        self.bus = SessionBus(self.processes, self.root / "bus")
+        self.env["DBUS_SESSION_BUS_ADDRESS"] = self.bus.address
+        self.bus.start()
+
     # The program and its files.
+
+    def install(self):
+        """Makes Ferrivane the default browser, which the bus starts when it is called; its path."""
+        path = self.root / "apps/Ferrivane"  # without blanks, wherever it was built
+        path.symlink_to(self.ferrivane)
+        write_description(f"{APPLICATION}.desktop", self.root / "data/applications", path)
+        self.bus.install(path)
+        schemes = ("http", "https", "ferrivane")
+        (self.root / "config/mimeapps.list").write_text("[Default Applications]\n" + "".join(
+            f"x-scheme-handler/{scheme}={APPLICATION}.desktop\n" for scheme in schemes))
+        return path
 
     @property
     def rules_file(self):
@@ -159,16 +183,16 @@ class Desktop:
             return (self.root / "state/ferrivane/ferrivane.log").read_text(errors="replace")
         return ""
 
-    def add_application(self, name):
-        """Installs an application whose only skill is to run another program; its path."""
-        path = self.root / "apps" / name.lower()
+    def add_application(self, name, program=None, file=None):
+        """Installs an application, by itself one whose only skill is to run another program; its path."""
+        path = self.root / "apps" / (file or name.lower())
         path.parent.mkdir(exist_ok=True)
-        shutil.copy(self.sender, path)
+        shutil.copy(program or self.sender, path)
         self._write_entry(f"org.example.{name}", name, path)
         return path
 
-    def _write_entry(self, identifier, name, path, more=""):
-        folder = self.root / "data/applications"
+    def _write_entry(self, identifier, name, path, more="", folder="data"):
+        folder = self.root / folder / "applications"
         folder.mkdir(exist_ok=True)
         (folder / f"{identifier}.desktop").write_text(
             f"[Desktop Entry]\nType=Application\nName={name}\nExec={path} %U\n{more}")
