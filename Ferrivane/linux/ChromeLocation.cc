@@ -77,6 +77,12 @@ std::filesystem::path userDataDirectory(const Variant& variant, const ChromeLoca
     return {};
 }
 
+// An entry that starts this program would send each link round in a circle.
+bool isOurselves(const std::filesystem::path& program) {
+    std::error_code error;
+    return std::filesystem::equivalent(program, "/proc/self/exe", error);
+}
+
 }  // namespace
 
 std::optional<ChromeLocation> locate(const DesktopEntries& entries,
@@ -87,7 +93,7 @@ std::optional<ChromeLocation> locate(const DesktopEntries& entries,
         // The same id may be a package of the system or a Flatpak; only the entry tells.
         if (!entry || entry->isFlatpak != (variant.package == Package::flatpak)) continue;
         const auto program = entry->program();
-        if (!program) continue;
+        if (!program || isOurselves(*program)) continue;
         ChromeLocation location{.entry = entry->file,
                                 .executable = *program,
                                 .command = entry->command(),

@@ -133,6 +133,15 @@ TEST_F(ChromeLocationTest, OneWithoutItsProgramIsPassedOver) {
     EXPECT_EQ(locate()->entry, folder / "chromium.desktop");
 }
 
+TEST_F(ChromeLocationTest, OneThatWouldStartThisProgramIsPassedOver) {
+    std::filesystem::create_symlink(std::filesystem::canonical("/proc/self/exe"), dir / "bin/own");
+    install("google-chrome", dir / "bin/own");
+    EXPECT_FALSE(locate());
+    install("google-chrome", "env A=b " + (dir / "bin/own").string() + " %U");
+    install("chromium", chrome);
+    EXPECT_EQ(locate()->entry, folder / "chromium.desktop");
+}
+
 TEST_F(ChromeLocationTest, UserDataDirectory) {
     const struct {
         const char* name;
