@@ -18,6 +18,7 @@ constexpr Texts kMacOS{
         "Click Install Helper to save the script into this folder. "
         "macOS only lets Ferrivane write here with your confirmation.",
     .inFileManager = "in Finder",
+    .appPlaceholder = "bundle id, app name or .app path",
 };
 
 constexpr Texts kFreedesktop{
@@ -33,6 +34,7 @@ constexpr Texts kFreedesktop{
         "Click Install Helper to save the script into this folder. "
         "Ferrivane can only write here with your confirmation.",
     .inFileManager = "in the file manager",
+    .appPlaceholder = "desktop id, app name or program path",
 };
 
 }  // namespace

@@ -19,6 +19,7 @@ struct Texts {
     std::string_view scriptsFolderName;  // what a sentence calls it
     std::string_view saveHelper;         // the save panel's message
     std::string_view inFileManager;
+    std::string_view appPlaceholder;  // of an "app" rule's pattern
 };
 
 const Texts& textsFor(Desktop desktop);

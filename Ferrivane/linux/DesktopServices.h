@@ -84,6 +84,8 @@ class DesktopServices {
     virtual bool hasDisplay() = 0;
     // The active window, empty when none is; absent when there is no window manager to tell.
     virtual std::optional<Window> activeWindow() = 0;
+    // The processes of the windows that the window manager manages, the oldest window first.
+    virtual std::vector<pid_t> windowProcesses() = 0;
     // Asks the window manager to activate the topmost window of a process.
     virtual bool activateTopmostWindow(pid_t process) = 0;
 };

@@ -41,6 +41,7 @@ void EventLoop::runUntilIdle() {
 
 void EventLoop::run() {
     while (!isStopped_) step();
+    isStopped_ = false;
 }
 
 void EventLoop::step() {

@@ -4,6 +4,8 @@
 #include <array>
 #include <sstream>
 
+#include <locale.h>
+#include <string.h>
 #include <unistd.h>
 
 #include "Ferrivane/AppInfo.h"
@@ -11,8 +13,10 @@
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/RunningApplications.h"
 #include "Ferrivane/linux/Senders.h"
 #include "Ferrivane/linux/Version.h"
+#include "core/support/Text.h"
 
 namespace ferrivane {
 namespace {
@@ -124,6 +128,23 @@ std::vector<pid_t> LinuxApplications::running(std::string_view bundleId) const {
     DesktopServices* services = desktopServices();
     const auto owner = services != nullptr ? services->busNameOwner(bundleId) : std::nullopt;
     return owner ? std::vector{*owner} : std::vector<pid_t>();
+}
+
+std::vector<Applications::Running> LinuxApplications::runningApplications() const {
+    return RunningApplications::current(entries_);
+}
+
+std::string LinuxApplications::displayName(const std::filesystem::path& application) const {
+    const auto entry = DesktopEntries::read(application, application.stem().string());
+    return entry && !entry->name.empty() ? entry->name : application.stem().string();
+}
+
+bool LinuxApplications::comesBefore(const std::string& name, const std::string& other) const {
+    static const locale_t language = ::newlocale(LC_COLLATE_MASK | LC_CTYPE_MASK, "", nullptr);
+    const std::string a = Text::foldCase(name);
+    const std::string b = Text::foldCase(other);
+    if (language == nullptr) return a < b;
+    return ::strcoll_l(a.c_str(), b.c_str(), language) < 0;
 }
 
 std::optional<Opener> LinuxApplications::runningApplication(pid_t process,

@@ -24,10 +24,14 @@ class LinuxApplications : public Applications {
         const std::filesystem::path& application,
         const std::vector<std::string_view>& unchanged) const override;
     std::vector<pid_t> running(std::string_view bundleId) const override;
+    std::vector<Running> runningApplications() const override;
     std::optional<Opener> runningApplication(pid_t process,
                                              const std::string& startupId) const override;
     // The bundle is an installed build that a visible desktop entry starts.
     Bundle ownBundle() const override;
+    // The entry's name.
+    std::string displayName(const std::filesystem::path& application) const override;
+    bool comesBefore(const std::string& name, const std::string& other) const override;
 
   private:
     const DesktopEntries& entries_;

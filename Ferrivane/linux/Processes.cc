@@ -58,8 +58,12 @@ std::optional<Status> status(pid_t process) {
     if (start == std::string::npos || end == std::string::npos || end + 4 >= text.size()) {
         return std::nullopt;
     }
-    Status result{text.substr(start + 1, end - start - 1), text[end + 2], 0};
+    Status result{text.substr(start + 1, end - start - 1), text[end + 2], 0, 0};
     std::from_chars(text.data() + end + 4, text.data() + text.size(), result.parent);
+    // The state is the third of the fields, the start time the twenty-second.
+    std::size_t field = end + 2;
+    for (int number = 3; number < 22 && field != 0; ++number) field = text.find(' ', field) + 1;
+    std::from_chars(text.data() + field, text.data() + text.size(), result.startTime);
     return result;
 }
 

@@ -2,6 +2,7 @@
 // process is gone or belongs to somebody else.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -17,6 +18,7 @@ struct Status {
     std::string command;  // cut at 15 bytes by the kernel
     char state = '?';     // 'Z' is a zombie
     pid_t parent = 0;
+    std::uint64_t startTime = 0;  // in clock ticks since the system's start
 };
 
 std::optional<Status> status(pid_t process);

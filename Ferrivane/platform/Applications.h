@@ -28,6 +28,14 @@ class Applications {
         std::filesystem::path location = {};  // empty for a bare executable
     };
 
+    // A process of an application; what it does not report is absent.
+    struct Running {
+        pid_t process = 0;
+        std::optional<std::string> name{};
+        std::optional<std::string> bundleId{};
+        std::optional<std::string> path{};  // as openers name it
+    };
+
     virtual ~Applications() = default;
 
     // Chrome's identifier stands for whichever browser of its family was located.
@@ -50,11 +58,17 @@ class Applications {
         const std::filesystem::path& application,
         const std::vector<std::string_view>& unchanged) const = 0;
     virtual std::vector<pid_t> running(std::string_view bundleId) const = 0;
+    // The applications that a person sees as running, in the desktop's order.
+    virtual std::vector<Running> runningApplications() const = 0;
     // The application that a process belongs to; on Linux the one that it opened a link for, which
     // a start-up id may tell too. Absent when it is gone, or unknown.
     virtual std::optional<Opener> runningApplication(pid_t process,
                                                      const std::string& startupId) const = 0;
     virtual Bundle ownBundle() const = 0;
+    // What a sentence calls an application.
+    virtual std::string displayName(const std::filesystem::path& application) const = 0;
+    // The order of names in the person's language, whatever their case.
+    virtual bool comesBefore(const std::string& name, const std::string& other) const = 0;
 };
 
 }  // namespace ferrivane

@@ -21,7 +21,8 @@ class MainLoop {
     // for, no open alert. Main thread only.
     virtual void runUntilIdle() = 0;
 
-    // Runs until stop is called, with or without anything to wait for. Main thread only.
+    // Runs until stop is called, be it before, with or without anything to wait for. Main thread
+    // only.
     virtual void run() = 0;
     virtual void stop() = 0;
 };

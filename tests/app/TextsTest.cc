@@ -38,6 +38,8 @@ TEST(Texts, EachDesktopHasItsOwnWords) {
          "here with your confirmation.",
          "Click Install Helper to save the script into this folder. Ferrivane can only write here "
          "with your confirmation."},
+        {"the placeholder of a sender", &Texts::appPlaceholder, "bundle id, app name or .app path",
+         "desktop id, app name or program path"},
         {"where a file is shown", &Texts::inFileManager, "in Finder", "in the file manager"},
     };
     for (const auto& row : rows) {

@@ -22,7 +22,7 @@ HEADERS = {
              r"|sys/(file|ioctl|ipc|mman|param|resource|select|socket|stat|statvfs|time|times"
              r"|types|uio|un|utsname|wait)\.h|(arpa|net|netinet)/\w+\.h",
     "core's libraries": r"nlohmann/.+|simdjson\.h|utf8proc\.h",
-    "Linux": r"(linux|sys|asm)/.+|(endian|link|mntent)\.h",
+    "Linux": r"(linux|sys|asm)/.+|(endian|link|malloc|mntent)\.h",
     "GLib": r"(glib|gio|gobject|gmodule)(/.+|[-\w]*\.h)",
     "xcb": r"xcb/.+",
     "Qt": r"Q\w+|Qt\w+/.+",

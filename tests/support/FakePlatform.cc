@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "core/support/Text.h"
+
 namespace ferrivane::test {
 namespace {
 
@@ -137,6 +139,19 @@ std::optional<Opener> FakeApplications::runningApplication(pid_t process,
                (startupId.empty() ? "" : " " + startupId));
     const auto found = openers.find(process);
     return found == openers.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<Applications::Running> FakeApplications::runningApplications() const {
+    calls_.add("applications.runningApplications");
+    return applicationsRunning;
+}
+
+std::string FakeApplications::displayName(const std::filesystem::path& application) const {
+    return application.stem();
+}
+
+bool FakeApplications::comesBefore(const std::string& name, const std::string& other) const {
+    return Text::foldCase(name) < Text::foldCase(other);
 }
 
 Applications::Bundle FakeApplications::ownBundle() const {

@@ -92,6 +92,7 @@ class FakeApplications : public Applications {
     std::map<std::string, std::vector<pid_t>, std::less<>> processes;  // by bundle identifier
     std::map<pid_t, Opener> openers;                                   // by process
     Bundle bundle;
+    std::vector<Running> applicationsRunning;
 
     std::optional<std::filesystem::path> location(std::string_view bundleId) const override;
     std::optional<std::filesystem::path> executable(
@@ -106,7 +107,11 @@ class FakeApplications : public Applications {
     std::vector<pid_t> running(std::string_view bundleId) const override;
     std::optional<Opener> runningApplication(pid_t process,
                                              const std::string& startupId) const override;
+    std::vector<Running> runningApplications() const override;
     Bundle ownBundle() const override;
+    // The file's name without its extension.
+    std::string displayName(const std::filesystem::path& application) const override;
+    bool comesBefore(const std::string& name, const std::string& other) const override;
 
   private:
     CallList& calls_;

@@ -49,6 +49,7 @@ class Services : public DesktopServices {
     void moveToOwnScope(pid_t process) override { SessionBus::moveToOwnScope(process); }
     bool hasDisplay() override { return Windows::canConnect(); }
     std::optional<Window> activeWindow() override { return Windows::active(); }
+    std::vector<pid_t> windowProcesses() override { return Windows::processes(); }
     bool activateTopmostWindow(pid_t process) override { return Windows::activateTopmost(process); }
 };
 

@@ -158,6 +158,17 @@ std::optional<DesktopServices::Window> active() {
                                    applicationClass(server, window[0])};
 }
 
+std::vector<pid_t> processes() {
+    const Server server;
+    std::vector<pid_t> result;
+    if (!server.isConnected() || !server.hasWindowManager()) return result;
+    for (const xcb_window_t window :
+         server.numbers(server.root(), "_NET_CLIENT_LIST", XCB_ATOM_WINDOW)) {
+        if (const auto process = server.processOf(window)) result.push_back(*process);
+    }
+    return result;
+}
+
 bool activateTopmost(pid_t process) {
     const Server server;
     if (!server.isConnected() || !server.hasWindowManager()) return false;

@@ -11,6 +11,8 @@ bool canConnect();
 // Absent without an X server or a window manager; without a process when no window is active.
 std::optional<DesktopServices::Window> active();
 
+std::vector<pid_t> processes();
+
 // False when the process has no window. The request carries the server's current time, because
 // window managers refuse outdated ones.
 bool activateTopmost(pid_t process);

@@ -1,0 +1,140 @@
+#include "Ferrivane/RulesStore.h"
+
+#include <cerrno>
+
+#include "Ferrivane/ProfileSource.h"
+#include "core/ChromeProfiles.h"
+#include "core/Matcher.h"
+#include "core/support/AtomicFile.h"
+#include "core/support/ReadFile.h"
+
+namespace ferrivane {
+
+RulesStore::RulesStore(const Platform& platform, Log& log, std::filesystem::path rulesFile)
+    : platform_(platform), log_(log), rulesFile_(std::move(rulesFile)) {}
+
+void RulesStore::reload() {
+    loading_ = true;
+    setProblem(std::nullopt);
+    if (auto config = read()) {
+        setConfig(std::move(*config));
+    } else {
+        setProblem("rules.json: " + config.error().description());
+    }
+    loading_ = false;
+
+    willChange.tell();
+    helper_ = HelperScript::state(platform_);
+    ProfileSource::load(
+        platform_, [this, alive = std::weak_ptr(alive_)](const ProfileSource::Profiles& profiles) {
+            if (alive.expired()) return;
+            willChange.tell();
+            profiles_ = profiles.value_or(std::vector<ChromeProfile>());
+            // Without a script the profiles cannot be read; the banner about it says so already.
+            const bool isExpected =
+                helper_ == HelperScript::State::missing || helper_ == HelperScript::State::outdated;
+            if (!profiles && !isExpected) setProblem("Chrome profiles: " + profiles.error());
+        });
+}
+
+void RulesStore::reloadIfChanged() {
+    const auto text = readFile(rulesFile_);
+    if (text && *text != knownText_) reload();
+}
+
+std::expected<Config, ConfigError> RulesStore::read() {
+    knownText_.reset();
+    if (const auto made = Config::ensureExists(rulesFile_); !made) {
+        return std::unexpected(made.error());
+    }
+    auto text = readFile(rulesFile_);
+    if (!text) return std::unexpected(ConfigError{.fileError = text.error()});
+    auto config = Config::decode(*text);
+    if (config) knownText_ = std::move(*text);
+    return config;
+}
+
+void RulesStore::setConfig(Config config) {
+    willChange.tell();
+    config_ = std::move(config);
+    if (!loading_) save();
+}
+
+void RulesStore::save() {
+    keepTextOfOthers();
+    const auto saved = config_.save(rulesFile_);
+    if (saved) {
+        knownText_ = config_.encode().value_or("");
+        setProblem(std::nullopt);
+    } else {
+        setProblem("cannot save rules.json: " + saved.error().description());
+    }
+}
+
+// What somebody else has written, and is not shown here, must not be lost by our save.
+void RulesStore::keepTextOfOthers() const {
+    const auto text = readFile(rulesFile_);
+    const bool isMissing = !text && text.error().code == ENOENT;
+    if (isMissing || (text && *text == knownText_)) return;
+    const std::filesystem::path copy = rulesFile_.string() + ".bak";
+    std::error_code error;
+    if (text) {
+        std::filesystem::remove(copy, error);
+        const auto written = AtomicFile::write(copy, *text);
+        if (!written)
+            return log_.error("cannot keep " + copy.string() + ": " +
+                              written.error().description());
+    } else {
+        std::filesystem::rename(rulesFile_, copy, error);
+        if (error) return log_.error("cannot keep " + copy.string() + ": " + error.message());
+    }
+    log_.warn("rules.json was changed elsewhere; what it said is kept in " + copy.string());
+}
+
+Uuid RulesStore::addRule() {
+    Rule rule(Rule::kAllKinds.front(), "", config_.defaultProfile);
+    const Uuid id = rule.id;
+    Config config = config_;
+    config.rules.push_back(std::move(rule));
+    setConfig(std::move(config));
+    return id;
+}
+
+void RulesStore::removeRule(const Uuid& id) {
+    Config config = config_;
+    std::erase_if(config.rules, [&](const Rule& rule) { return rule.id == id; });
+    setConfig(std::move(config));
+}
+
+void RulesStore::installHelper() {
+    log_.info("Install Helper pressed");
+    HelperScript::install(
+        platform_, log_,
+        [this, alive = std::weak_ptr(alive_)](const HelperScript::Result& installed) {
+            if (alive.expired()) return;
+            if (installed) {
+                setProblem(std::nullopt);
+            } else if (installed.error().kind == HelperScript::HelperError::Kind::cancelled) {
+                log_.info("helper install cancelled");
+            } else {
+                const std::string description = installed.error().description();
+                log_.error("helper install failed: " + description);
+                setProblem(description);
+            }
+            reload();
+        });
+}
+
+std::pair<Decision, std::optional<ChromeProfile>> RulesStore::decide(
+    const std::string& url, const std::optional<Opener>& opener) const {
+    Decision decision = Matcher::decide(url, opener, config_);
+    auto profile = ChromeProfiles::resolve(decision.profile, profiles_);
+    return {std::move(decision), std::move(profile)};
+}
+
+void RulesStore::setProblem(std::optional<std::string> problem) {
+    willChange.tell();
+    problem_ = std::move(problem);
+}
+
+}  // namespace ferrivane

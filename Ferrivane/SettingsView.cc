@@ -1,0 +1,187 @@
+#include "Ferrivane/SettingsView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Ferrivane/AppInfo.h"
+#include "Ferrivane/DefaultBrowser.h"
+#include "core/support/Text.h"
+
+namespace ferrivane {
+
+using namespace std::string_literals;
+
+SettingsView::SettingsView(const Platform& platform, RulesStore& store, MenuBar& menuBar)
+    : platform_(platform),
+      store_(store),
+      menuBar_(menuBar),
+      showMenuBarIcon_(platform.preferences.flag(MenuBar::visibilityKey)) {}
+
+void SettingsView::refresh() {
+    willChange.tell();
+    const Applications& applications = platform_.applications;
+    isDefaultBrowser_ = DefaultBrowser::isDefault(applications, applications.ownBundle().location);
+    runningApps_ = RunningApp::current(applications);
+}
+
+SettingsView::Banner SettingsView::defaultBrowserBanner() const {
+    if (isDefaultBrowser_) {
+        return {.symbol = "checkmark.circle.fill",
+                .tint = Banner::Tint::green,
+                .text =
+                    "Ferrivane is your default browser. Links from other apps go through your "
+                    "rules."};
+    }
+    const auto handler = DefaultBrowser::handler(platform_.applications, "https");
+    const std::string name =
+        handler ? platform_.applications.displayName(*handler) : "another app"s;
+    return {.symbol = "exclamationmark.triangle.fill",
+            .text = "Ferrivane is not the default browser: links open straight in " + name + ".",
+            .button = "Make Ferrivane the default"};
+}
+
+void SettingsView::makeDefaultBrowser() {
+    DefaultBrowser::make(platform_.applications, platform_.applications.ownBundle().location,
+                         [this, alive = std::weak_ptr(alive_)](const auto&) {
+                             if (!alive.expired()) refresh();
+                         });
+}
+
+std::optional<SettingsView::Banner> SettingsView::helperBanner() const {
+    Banner banner{.symbol = "exclamationmark.triangle.fill", .text = {}};
+    switch (store_.helper()) {
+        case HelperScript::State::missing:
+            banner.text =
+                "One more step: Ferrivane needs a small helper script to open links in a specific "
+                "Chrome profile. Until then links open in Chrome without choosing a profile.";
+            banner.button = "Install Helper…";
+            return banner;
+        case HelperScript::State::outdated:
+            banner.text =
+                "The helper script is from an older version of Ferrivane. Install it again to keep "
+                "profiles working.";
+            banner.button = "Update Helper…";
+            return banner;
+        case HelperScript::State::notNeeded:
+        case HelperScript::State::ready:
+            break;
+    }
+    return std::nullopt;
+}
+
+void SettingsView::move(const Uuid& rule, std::ptrdiff_t offset) {
+    Config config = store_.config();
+    config.moveRule(rule, offset);
+    store_.setConfig(std::move(config));
+}
+
+template<typename Change>
+void SettingsView::edit(const Uuid& rule, Change change) {
+    const auto index = indexOf(rule);
+    if (!index) return;
+    Config config = store_.config();
+    change(config.rules[*index]);
+    store_.setConfig(std::move(config));
+}
+
+void SettingsView::setKind(const Uuid& rule, Rule::Kind kind) {
+    edit(rule, [&](Rule& edited) { edited.kind = kind; });
+}
+
+void SettingsView::setMatch(const Uuid& rule, const std::string& match) {
+    edit(rule, [&](Rule& edited) { edited.match = match; });
+}
+
+void SettingsView::setProfile(const Uuid& rule, const std::string& profile) {
+    edit(rule, [&](Rule& edited) { edited.profile = profile; });
+}
+
+void SettingsView::setDefaultProfile(const std::string& profile) {
+    Config config = store_.config();
+    config.defaultProfile = profile;
+    store_.setConfig(std::move(config));
+}
+
+void SettingsView::addRule() {
+    const Uuid rule = store_.addRule();
+    willChange.tell();
+    focusedRule = rule;
+}
+
+std::string SettingsView::beginDrag(const Uuid& rule) {
+    willChange.tell();
+    draggingRule_ = rule;
+    return rule.text();
+}
+
+void SettingsView::setDropTargeted(const Uuid& rule, bool isTargeted) {
+    // Leaving the row before may be told of after entering this one.
+    if (!isTargeted && dropTarget_ != rule) return;
+    willChange.tell();
+    dropTarget_ = isTargeted ? std::optional(rule) : std::nullopt;
+}
+
+std::optional<SettingsView::Edge> SettingsView::insertionEdge(const Uuid& rule) const {
+    if (dropTarget_ != rule) return std::nullopt;
+    const auto dragged = draggingRule_ ? indexOf(*draggingRule_) : std::nullopt;
+    const auto target = indexOf(rule);
+    return dragged && target && *dragged > *target ? Edge::top : Edge::bottom;
+}
+
+void SettingsView::drop(const std::optional<Uuid>& target) {
+    if (draggingRule_) {
+        Config config = store_.config();
+        config.moveRule(*draggingRule_, target);
+        store_.setConfig(std::move(config));
+    }
+    willChange.tell();
+    draggingRule_.reset();
+    dropTarget_.reset();
+}
+
+void SettingsView::setTestURL(std::string url) {
+    willChange.tell();
+    testURL_ = std::move(url);
+}
+
+void SettingsView::setTestAppPid(std::optional<pid_t> process) {
+    willChange.tell();
+    testAppPid_ = process;
+}
+
+std::string SettingsView::testResult() const {
+    const std::string url(Text::trim(testURL_));
+    if (url.empty()) return "Type a link to see where it would open.";
+    std::optional<Opener> opener;
+    const auto app = std::ranges::find_if(
+        runningApps_, [this](const RunningApp& running) { return running.id == testAppPid_; });
+    if (app != runningApps_.end()) opener = Opener{app->name, app->bundleId, app->path};
+    const auto [decision, profile] = store_.decide(url, opener);
+    const std::string reason = "   (" +
+                               (decision.rule ? "rule #" + std::to_string(*decision.ruleIndex + 1)
+                                              : "no rule matched, default"s) +
+                               ")";
+    if (profile) return "→ " + profile->name + " [" + profile->directory + "]" + reason;
+    return "→ \"" + decision.profile +
+           "\" is not a Chrome profile; Chrome would pick the window itself" + reason;
+}
+
+void SettingsView::setShowMenuBarIcon(bool shows) {
+    willChange.tell();
+    showMenuBarIcon_ = shows;
+    platform_.preferences.setFlag(MenuBar::visibilityKey, shows);
+    menuBar_.setVisible(shows);
+}
+
+std::string SettingsView::version() const {
+    return "Ferrivane " + AppInfo::version(platform_.applications);
+}
+
+std::optional<std::size_t> SettingsView::indexOf(const Uuid& rule) const {
+    const auto& rules = store_.config().rules;
+    const auto found = std::ranges::find(rules, rule, &Rule::id);
+    if (found == rules.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - rules.begin());
+}
+
+}  // namespace ferrivane

@@ -1,0 +1,70 @@
+#include "Ferrivane/linux/RunningApplications.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <string>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Ferrivane/linux/AppUnit.h"
+#include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/Senders.h"
+
+namespace ferrivane::RunningApplications {
+namespace {
+
+std::uint64_t startOf(pid_t process) {
+    const auto status = Processes::status(process);
+    return status ? status->startTime : 0;
+}
+
+// The oldest process of each application's unit.
+std::vector<pid_t> fromUnits() {
+    std::map<std::string, pid_t> oldest;  // by control group
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
+        const std::string name = entry.path().filename();
+        pid_t process = 0;
+        const char* const end = name.data() + name.size();
+        if (std::from_chars(name.data(), end, process).ptr != end) continue;
+        struct stat info{};
+        if (::stat(entry.path().c_str(), &info) != 0 || info.st_uid != ::getuid()) continue;
+        const auto group = Processes::controlGroup(process);
+        if (!group || AppUnit::candidateIds(*group).empty()) continue;
+        pid_t& known = oldest.try_emplace(*group, process).first->second;
+        if (startOf(process) < startOf(known)) known = process;
+    }
+    std::vector<pid_t> processes;
+    for (const auto& [group, process] : oldest) processes.push_back(process);
+    return processes;
+}
+
+}  // namespace
+
+std::vector<Applications::Running> current(const DesktopEntries& entries) {
+    DesktopServices* const services = desktopServices();
+    std::vector<pid_t> processes =
+        services != nullptr ? services->windowProcesses() : std::vector<pid_t>();
+    std::ranges::copy(fromUnits(), std::back_inserter(processes));
+
+    std::vector<Applications::Running> result;
+    for (const pid_t process : processes) {
+        const auto application = Senders::application(process, entries);
+        if (!application) continue;
+        const auto same = std::ranges::find_if(result, [&](const Applications::Running& known) {
+            return known.bundleId == application->bundleId && known.path == application->path;
+        });
+        if (same == result.end()) {
+            result.push_back(
+                {process, application->name, application->bundleId, application->path});
+        } else if (startOf(process) < startOf(same->process)) {
+            same->process = process;
+        }
+    }
+    return result;
+}
+
+}  // namespace ferrivane::RunningApplications
