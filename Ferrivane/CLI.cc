@@ -63,11 +63,9 @@ std::string shownRule(const Decision& decision) {
 
 ProfileSource::Profiles profilesOf(const Platform& platform) {
     std::optional<ProfileSource::Profiles> loaded;
-    ProfileSource::load(platform, [&](ProfileSource::Profiles profiles) {
-        loaded = std::move(profiles);
-        platform.mainLoop.stop();
-    });
-    if (!loaded) platform.mainLoop.run();
+    ProfileSource::load(platform,
+                        [&](ProfileSource::Profiles profiles) { loaded = std::move(profiles); });
+    if (!loaded) platform.mainLoop.runUntilIdle();
     return std::move(*loaded);
 }
 

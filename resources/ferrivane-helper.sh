@@ -9,7 +9,7 @@
 #       Copies Chrome's list of profiles.
 #
 # Paths are absolute. Ends with 0 only if that was done; otherwise one line on standard error says
-# why. POSIX sh, and readlink.
+# why. POSIX sh and utilities, and readlink; setsid where there is one.
 set -u
 
 fail() {
@@ -20,8 +20,8 @@ fail() {
 # --- Where Chrome keeps its files --------------------------------------------------------------
 #
 # On Linux as Ferrivane itself finds it (ChromeLocation.cc), with these differences: blanks around
-# the keys and values of a desktop entry are those of ASCII, and an entry whose Exec holds a line
-# break is passed over.
+# the keys and values of a desktop entry are those of ASCII, an entry whose Exec holds a line break is
+# passed over, and Ferrivane itself is known by its file's name.
 #
 # locate sets user_data; program and command, the words of Exec one per line and each behind a dot,
 # are empty when no desktop entry is found.
@@ -64,6 +64,10 @@ locate_entry() {
     flatpak) [ -n "$is_flatpak" ] ;;
     *) [ -z "$is_flatpak" ] ;;
     esac || return
+    # Ferrivane under another id would send each link round in a circle.
+    case $(readlink -f -- "$program") in
+    */Ferrivane) return 1 ;;
+    esac
     contained=''
     if [ -n "$switched" ]; then
         user_data=$switched

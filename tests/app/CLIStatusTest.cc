@@ -149,6 +149,30 @@ TEST_F(CLIStatus, NamesArePaddedOrCutToTwelveCharactersAsAPersonCounts) {
     }
 }
 
+TEST_F(CLIStatus, InASandboxChromeAndItsProfilesAreReachedByTheScript) {
+    writeCatalogue({{"Default", "Out of reach", {}, {}}});
+    fake.isSandboxed = true;
+    fake.scripts.folder = dir / "scripts";
+    const std::string script = (dir / "scripts/ferrivane-helper.sh").string();
+    EXPECT_EQ(valueOf("Sandbox:"), "  yes — Chrome reached through the helper script");
+    EXPECT_EQ(valueOf("Profiles:"),
+              " cannot read (helper script is not installed at " + script + ")");
+    fake.desktop = Desktop::macOS;
+    EXPECT_EQ(valueOf("Sandbox:"), "  yes — Chrome reached through Launch Services");
+
+    std::filesystem::create_directory(dir / "scripts");
+    test::writeText(script, "");
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    fake.scripts.temporary = dir / "scripts";
+    fake.scripts.whenRun = [](const std::vector<std::string>& words) {
+        test::writeText(words.at(1), R"({"profile":{"info_cache":{"P":{"name":"Copied"}}}})");
+    };
+    EXPECT_EQ(profiles(), "  Copied       [P]\n");
+    EXPECT_EQ(test::namesIn(dir / "scripts"), std::vector<std::string>{"ferrivane-helper.sh"});
+    fake.scripts.ran = std::unexpected(PlatformError{"the helper script ended with status 1"});
+    EXPECT_EQ(valueOf("Profiles:"), " cannot read (the helper script ended with status 1)");
+}
+
 TEST_F(CLIStatus, AsksTheDesktopAndStartsNothing) {
     seen(CLI::Commands::Status{});
     EXPECT_THAT(fake.calls.of({"applications.running", "applications.handler", "browser."}),
