@@ -99,7 +99,7 @@ class Quiet(ProgramCase):
 
     def test_commands_that_need_no_desktop_load_none(self):
         self.write_rules()
-        for arguments in (["--help"], ["--test", "https://a/"], ["--test"], ["--set-default"], []):
+        for arguments in (["--help"], ["--test", "https://a/"], ["--test"], ["--set-default"]):
             with self.subTest(arguments):
                 lines = self.traced(*arguments, expected=None)
                 self.assert_quiet(lines)
