@@ -54,6 +54,8 @@ class Caller(BrowserCase):
             sent = self.desktop.send(self.link("/secret"))
         finally:
             entry.write_text(text)
+        # What is left waits for an answer to its alert.
+        self.desktop.processes.end(self.desktop.processes.running(self.desktop.ferrivane))
         self.assertEqual(sent.status, 1)
         self.assertIn("Google Chrome is not installed", sent.stderr)
         self.assertNotIn("secret", sent.stderr)

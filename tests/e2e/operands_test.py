@@ -48,7 +48,11 @@ class Operands(BrowserCase):
             switch = f"{blank}--dump-browser-histograms={written}"
             self.send(switch, link, switch, cwd=self.folder)
             self.assert_fetched(link, WORK)
-            self.desktop.send(switch, cwd=self.folder)
+            # Without a link it is a start of the application itself.
+            application = self.desktop.start(switch, cwd=self.folder)
+            wait_until(lambda: self.desktop.log().count(" started\n") == number + 1, 10, "its start")
+            application.terminate()
+            application.communicate(timeout=10)
             self.assertFalse(written.exists(), switch)
         for switch in (" --incognito", "\t--x", " --profile-directory=Profile 2", "-"):
             link = self.link(f"/{switch.strip(' -').replace(' ', '')}")
