@@ -51,17 +51,6 @@ Environment changedBy(const std::vector<std::string>& command, const Environment
     };
 }
 
-std::filesystem::path nativeFolder(std::string_view folder, const std::filesystem::path& home,
-                                   const Environment& environment) {
-    if (const std::string own = environment("CHROME_USER_DATA_DIR"); !own.empty()) return own;
-    for (const char* variable : {"CHROME_CONFIG_HOME", "XDG_CONFIG_HOME"}) {
-        if (const std::string base = environment(variable); !base.empty()) {
-            return std::filesystem::path(base) / folder;
-        }
-    }
-    return home / ".config" / folder;
-}
-
 std::filesystem::path userDataDirectory(const Variant& variant, const ChromeLocation& location,
                                         const std::filesystem::path& home,
                                         const Environment& environment) {
@@ -85,6 +74,17 @@ bool isOurselves(const std::filesystem::path& program) {
 
 }  // namespace
 
+std::filesystem::path nativeFolder(std::string_view folder, const std::filesystem::path& home,
+                                   const Environment& environment) {
+    if (const std::string own = environment("CHROME_USER_DATA_DIR"); !own.empty()) return own;
+    for (const char* variable : {"CHROME_CONFIG_HOME", "XDG_CONFIG_HOME"}) {
+        if (const std::string base = environment(variable); !base.empty()) {
+            return std::filesystem::path(base) / folder;
+        }
+    }
+    return home / ".config" / folder;
+}
+
 std::optional<ChromeLocation> locate(const DesktopEntries& entries,
                                      const std::filesystem::path& home,
                                      const Environment& environment) {
@@ -100,6 +100,7 @@ std::optional<ChromeLocation> locate(const DesktopEntries& entries,
                                 .userDataDirectory = {},
                                 .processNames = processNames(variant),
                                 .isContained = variant.package != Package::native};
+        if (variant.package == Package::native) location.folder = variant.folder;
         location.userDataDirectory = userDataDirectory(variant, location, home, environment);
         return location;
     }

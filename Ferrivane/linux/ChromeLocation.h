@@ -18,7 +18,8 @@ struct ChromeLocation {
     std::vector<std::string> command;  // the Exec line without field codes
     std::filesystem::path userDataDirectory;
     std::vector<std::string_view> processNames;  // file names of the running browser's executable
-    bool isContained = false;  // Flatpak or Snap: it must be started through its Exec line
+    std::string_view folder = {};  // a native one's, by which it calls the directory by default
+    bool isContained = false;      // Flatpak or Snap: it must be started through its Exec line
 };
 
 namespace ChromeLocator {
@@ -32,6 +33,10 @@ using Environment = std::function<std::string(const char* variable)>;
 std::optional<ChromeLocation> locate(const DesktopEntries& entries,
                                      const std::filesystem::path& home,
                                      const Environment& environment);
+
+// Where a native browser keeps its files by this environment, without a switch.
+std::filesystem::path nativeFolder(std::string_view folder, const std::filesystem::path& home,
+                                   const Environment& environment);
 
 }  // namespace ChromeLocator
 

@@ -11,6 +11,7 @@
 #include "Ferrivane/linux/Processes.h"
 #include "Ferrivane/linux/Spawn.h"
 #include "core/ChromeSingleton.h"
+#include "core/port/Paths.h"
 #include "core/support/FileError.h"
 
 namespace ferrivane {
@@ -46,19 +47,14 @@ std::string hostName() {
 }
 
 // Not one of the browser's helpers, which carry their type and may have put their arguments into
-// one text, and not one that was told to use another folder.
-bool isMainProcess(const std::vector<std::string>& arguments,
-                   const std::filesystem::path& userDataDirectory) {
+// one text.
+bool isMainProcess(const std::vector<std::string>& arguments) {
     constexpr std::string_view kType = "--type=";
-    constexpr std::string_view kFolder = "--user-data-dir=";
-    if (arguments.empty()) return false;
     if (arguments.size() == 1 && arguments[0].find(" " + std::string(kType)) != std::string::npos) {
         return false;
     }
-    return std::ranges::none_of(arguments, [&](const std::string& argument) {
-        return argument.starts_with(kType) ||
-               (argument.starts_with(kFolder) &&
-                argument.substr(kFolder.size()) != userDataDirectory);
+    return !arguments.empty() && std::ranges::none_of(arguments, [&](const std::string& argument) {
+        return argument.starts_with(kType);
     });
 }
 
@@ -118,11 +114,30 @@ std::optional<pid_t> LinuxBrowser::visibleProcess() const {
         pid_t process = 0;
         std::from_chars(name.data(), name.data() + name.size(), process);
         if (process < 1 || (first && *first < process) || !isBrowserProgram(process)) continue;
-        if (isMainProcess(Processes::arguments(process), location_->userDataDirectory)) {
-            first = process;
-        }
+        const auto arguments = Processes::arguments(process);
+        if (isMainProcess(arguments) && hasItsFilesHere(process, arguments)) first = process;
     }
     return first;
+}
+
+bool LinuxBrowser::hasItsFilesHere(pid_t process, const std::vector<std::string>& arguments) const {
+    constexpr std::string_view kSwitch = "--user-data-dir=";
+    const auto last = std::find_if(arguments.rbegin(), arguments.rend(), [&](const auto& argument) {
+        return argument.starts_with(kSwitch);
+    });
+    if (last != arguments.rend()) {
+        return last->substr(kSwitch.size()) == location_->userDataDirectory;
+    }
+    const auto variables = Processes::environment(process);
+    if (variables.empty() || location_->folder.empty()) return true;
+    const auto valueOf = [&](const char* name) {
+        const auto found = variables.find(name);
+        return found == variables.end() ? "" : found->second;
+    };
+    const std::string home = valueOf("HOME");
+    return ChromeLocator::nativeFolder(location_->folder,
+                                       home.empty() ? Paths::home() : std::filesystem::path(home),
+                                       valueOf) == location_->userDataDirectory;
 }
 
 void LinuxBrowser::launch(const std::filesystem::path&, const Arguments& arguments,

@@ -29,7 +29,7 @@ class LinuxBrowser : public Browser {
 
     // The listener of the singleton socket; else the process that SingletonLock names, if it is
     // alive on this host, ours and the located browser. In a sandbox: the first process of ours
-    // that is a browser of this kind.
+    // that is a browser of this kind and, by its arguments and environment, has its files there.
     std::optional<pid_t> running() const override;
     bool isRunning(pid_t process) const override;
     void launch(const std::filesystem::path& location, const Arguments& arguments,
@@ -47,6 +47,7 @@ class LinuxBrowser : public Browser {
     std::optional<pid_t> lockOwner() const;
     std::optional<pid_t> visibleProcess() const;
     bool isBrowserProgram(pid_t process) const;
+    bool hasItsFilesHere(pid_t process, const std::vector<std::string>& arguments) const;
 
     const std::optional<ChromeLocation>& location_;
     EventLoop& loop_;

@@ -18,12 +18,11 @@ class Folder(HelperCase):
     def setUp(self):
         super().setUp()
         self.chrome = self.program("chrome")
-        self.names = set()
 
-    def probe(self, env):
-        out = subprocess.run([os.environ["LOCATE_PROBE"]], env=self.env | env, cwd="/", check=True,
+    def probe(self, env, program=os.environ["LOCATE_PROBE"]):
+        out = subprocess.run([program], env=self.env | env, cwd="/", check=True,
                              stdout=subprocess.PIPE).stdout
-        folder, executable, *command = [os.fsdecode(text) for text in out.split(b"\0")[:-1]]
+        self.bundled, folder, executable, *command = [os.fsdecode(text) for text in out.split(b"\0")[:-1]]
         return Path(folder), executable, command
 
     def check(self, name, shells=(("sh",),), **env):
@@ -51,6 +50,22 @@ class Folder(HelperCase):
     def clear(self):
         for folder in ("data", "shared", "more"):
             shutil.rmtree(self.root / folder, ignore_errors=True)
+
+    def test_script_lies_in_the_data_folder_of_the_programs_prefix_or_beside_it(self):
+        program = self.root / "prefix/bin/Ferrivane"
+        program.parent.mkdir(parents=True)
+        shutil.copy(os.environ["LOCATE_PROBE"], program)
+        self.probe({}, program)
+        self.assertEqual(self.bundled, "")
+        installed = self.root / "prefix/share/ferrivane/ferrivane-helper.sh"
+        installed.parent.mkdir(parents=True)
+        installed.touch()
+        self.probe({}, program)
+        self.assertEqual(self.bundled, str(installed))
+        beside = program.with_name("ferrivane-helper.sh")
+        beside.touch()
+        self.probe({}, program)
+        self.assertEqual(self.bundled, str(beside))
 
     def test_nothing_installed(self):
         self.assertEqual(str(self.check("by default")), "home/.config/google-chrome")

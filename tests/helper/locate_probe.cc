@@ -1,13 +1,16 @@
-// Prints what the program itself finds, each text ended by a NUL: Chrome's user data directory, its
-// executable or nothing, and the words of its command.
+// Prints what the program itself finds, each text ended by a NUL: the bundled script or nothing,
+// Chrome's user data directory, its executable or nothing, and the words of its command.
 #include <iostream>
 
 #include "Ferrivane/linux/ChromeLocation.h"
 #include "Ferrivane/linux/Environment.h"
+#include "Ferrivane/linux/LinuxScripts.h"
 #include "core/port/Paths.h"
 
 int main() {
     using namespace ferrivane;
+    EventLoop loop;
+    std::cout << LinuxScripts(loop).bundledHelper().value_or("").string() << '\0';
     const auto chrome =
         ChromeLocator::locate(DesktopEntries::ofSession(), Paths::home(), environment);
     if (!chrome) {

@@ -26,6 +26,7 @@ FILES = {
     f"share/applications/{ID}.desktop",
     "share/bash-completion/completions/Ferrivane",
     f"share/dbus-1/services/{ID}.service",
+    "share/ferrivane/ferrivane-helper.sh",
     "share/fish/vendor_completions.d/Ferrivane.fish",
     f"share/icons/hicolor/scalable/apps/{ID}.svg",
     f"share/icons/hicolor/symbolic/apps/{ID}-symbolic.svg",
