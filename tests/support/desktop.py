@@ -101,7 +101,12 @@ class Desktop:
                        stdin=reading, check=True)
         os.close(reading)
         self._undo.callback(os.close, writing)
-        self._undo.callback(os.write, writing, b"done\n")
+
+        def say_done():
+            # Where we are the first process of all, it is one of ours and has been ended.
+            with contextlib.suppress(BrokenPipeError):
+                os.write(writing, b"done\n")
+        self._undo.callback(say_done)
 
     def _environment(self):
         env = {key: os.environ[key] for key in ("PATH", "USER", "LOGNAME") if key in os.environ}
