@@ -171,6 +171,7 @@ void SettingsView::setShowMenuBarIcon(bool shows) {
     showMenuBarIcon_ = shows;
     platform_.preferences.setFlag(MenuBar::visibilityKey, shows);
     menuBar_.setVisible(shows);
+    platform_.userInterface.setStartsAtLogin(shows);
 }
 
 std::string SettingsView::version() const {

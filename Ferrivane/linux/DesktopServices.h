@@ -13,6 +13,8 @@
 
 #include <sys/types.h>
 
+#include "Ferrivane/platform/Menu.h"
+
 namespace ferrivane {
 
 class DesktopServices {
@@ -67,6 +69,10 @@ class DesktopServices {
     // Calls Activate on the owner of the name, which the bus starts if there is none.
     virtual bool activate(const std::string& applicationId,
                           const std::optional<std::string>& activationToken) = 0;
+    // An icon with its menu in every panel (org.kde.StatusNotifierItem) that is there or comes
+    // later; one at a time.
+    virtual void showStatusItem(const StatusItem& item, std::function<void(Command)> perform) = 0;
+    virtual void removeStatusItem() = 0;
     // Opens a file with the person's application for it. The error is the library's text.
     virtual std::expected<void, std::string> open(const std::filesystem::path& file) = 0;
     // Shows a file selected in the file manager (freedesktop.org, File Manager D-Bus Interface);

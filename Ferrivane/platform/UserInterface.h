@@ -24,6 +24,9 @@ class UserInterface {
     virtual void installMainMenu(const std::vector<Menu>& menus, Perform perform) = 0;
     virtual void showStatusItem(const StatusItem& item, Perform perform) = 0;
     virtual void removeStatusItem() = 0;
+    // Whether the application is to start with the session, so that its icon is there. When the
+    // person chooses, not at each start.
+    virtual void setStartsAtLogin(bool starts) = 0;
     // A token lets the window come to the front.
     virtual void showSettings(const std::optional<std::string>& activationToken) = 0;
     // Opens a document with the person's application for it.

@@ -238,15 +238,19 @@ TEST_F(SettingsViewTest, TheTestersSenderIsARunningApplication) {
         << "it has ended";
 }
 
-TEST_F(SettingsViewTest, TheIconIsStoredAndShownAtOnce) {
+TEST_F(SettingsViewTest, TheIconIsStoredAndShownAtOnceAndAfterTheNextLogin) {
     EXPECT_FALSE(view->showMenuBarIcon());
     fake.calls.clear();
     view->setShowMenuBarIcon(true);
     EXPECT_TRUE(view->showMenuBarIcon());
-    EXPECT_THAT(
-        fake.calls.of({"preferences.", "userInterface.showStatusItem"}),
-        ElementsAre("preferences.setFlag showMenuBarIcon true", "userInterface.showStatusItem"));
+    EXPECT_THAT(fake.calls.of({"preferences.", "userInterface."}),
+                ElementsAre("preferences.setFlag showMenuBarIcon true",
+                            "userInterface.showStatusItem", "userInterface.setStartsAtLogin yes"));
+    fake.calls.clear();
     view->setShowMenuBarIcon(false);
+    EXPECT_THAT(fake.calls.of({"preferences.", "userInterface."}),
+                ElementsAre("preferences.setFlag showMenuBarIcon false",
+                            "userInterface.removeStatusItem", "userInterface.setStartsAtLogin no"));
     EXPECT_EQ(fake.userInterface.statusItem, std::nullopt);
     fake.preferences.flags["showMenuBarIcon"] = true;
     EXPECT_TRUE(SettingsView(fake.platform(), *store, menuBar).showMenuBarIcon());

@@ -288,6 +288,10 @@ void FakeUserInterface::removeStatusItem() {
     statusItem.reset();
 }
 
+void FakeUserInterface::setStartsAtLogin(bool starts) {
+    calls_.add(std::string("userInterface.setStartsAtLogin ") + (starts ? "yes" : "no"));
+}
+
 void FakeUserInterface::showSettings(const std::optional<std::string>& activationToken) {
     calls_.add("userInterface.showSettings" + (activationToken ? " " + *activationToken : ""));
 }

@@ -245,6 +245,7 @@ class FakeUserInterface : public UserInterface {
     void installMainMenu(const std::vector<Menu>& menus, Perform perform) override;
     void showStatusItem(const StatusItem& item, Perform perform) override;
     void removeStatusItem() override;
+    void setStartsAtLogin(bool starts) override;
     void showSettings(const std::optional<std::string>& activationToken) override;
     std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) override;
 

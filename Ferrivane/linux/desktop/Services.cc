@@ -6,6 +6,7 @@
 #include "Ferrivane/linux/desktop/MainContext.h"
 #include "Ferrivane/linux/desktop/Registry.h"
 #include "Ferrivane/linux/desktop/SessionBus.h"
+#include "Ferrivane/linux/desktop/StatusNotifier.h"
 #include "Ferrivane/linux/desktop/Windows.h"
 
 namespace ferrivane {
@@ -36,6 +37,10 @@ class Services : public DesktopServices {
                   const std::optional<std::string>& activationToken) override {
         return Application::activate(applicationId, activationToken);
     }
+    void showStatusItem(const StatusItem& item, std::function<void(Command)> perform) override {
+        StatusNotifier::show(item, std::move(perform));
+    }
+    void removeStatusItem() override { StatusNotifier::remove(); }
     std::expected<void, std::string> open(const std::filesystem::path& file) override {
         return Documents::open(file);
     }

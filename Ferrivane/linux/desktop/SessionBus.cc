@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <stop_token>
 #include <string>
@@ -14,7 +15,6 @@
 #include <unistd.h>
 
 #include "Ferrivane/linux/Environment.h"
-#include "Ferrivane/linux/desktop/GObjects.h"
 
 namespace ferrivane::SessionBus {
 namespace {
@@ -32,7 +32,8 @@ bool hasBus() {
 }
 
 // The library itself would wait for ever for a bus that takes the connection and says nothing.
-GDBusConnection* connectInTime() {
+ObjectPointer<GDBusConnection> connectInTime(
+    const std::function<GDBusConnection*(GCancellable*)>& connect) {
     const ObjectPointer<GCancellable> attempt(g_cancellable_new());
     const std::jthread watch([&](const std::stop_token& connected) {
         std::mutex mutex;
@@ -41,7 +42,7 @@ GDBusConnection* connectInTime() {
             lock, connected, std::chrono::milliseconds(kTimeoutMilliseconds), [] { return false; });
         if (!connected.stop_requested()) g_cancellable_cancel(attempt.get());
     });
-    return g_bus_get_sync(G_BUS_TYPE_SESSION, attempt.get(), nullptr);
+    return ObjectPointer<GDBusConnection>(connect(attempt.get()));
 }
 
 // The process that leads a session and those that it has started in it, as far as they are alive.
@@ -74,10 +75,24 @@ VariantPointer call(const char* destination, const char* path, const char* inter
 
 GDBusConnection* connection() {
     if (!hasBus()) return nullptr;
-    static const ObjectPointer<GDBusConnection> bus(connectInTime());
+    static const auto bus = connectInTime(
+        [](GCancellable* attempt) { return g_bus_get_sync(G_BUS_TYPE_SESSION, attempt, nullptr); });
     // The end of the bus is not ours.
     if (bus) g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     return bus.get();
+}
+
+ObjectPointer<GDBusConnection> another() {
+    if (connection() == nullptr) return nullptr;
+    const TextPointer address(
+        g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    return connectInTime([&](GCancellable* attempt) {
+        constexpr auto kFlags =
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+        return g_dbus_connection_new_for_address_sync(address.get(), kFlags, nullptr, attempt,
+                                                      nullptr);
+    });
 }
 
 std::optional<pid_t> nameOwner(std::string_view name) {

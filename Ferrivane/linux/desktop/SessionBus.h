@@ -7,10 +7,15 @@
 #include <gio/gio.h>
 #include <sys/types.h>
 
+#include "Ferrivane/linux/desktop/GObjects.h"
+
 namespace ferrivane::SessionBus {
 
 // Made at the first call that finds a bus, and kept; null without one.
 GDBusConnection* connection();
+
+// One more, for what is to look like a program of its own; null without a bus.
+ObjectPointer<GDBusConnection> another();
 
 std::optional<pid_t> nameOwner(std::string_view name);
 
