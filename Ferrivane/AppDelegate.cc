@@ -1,5 +1,6 @@
 #include "Ferrivane/AppDelegate.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -111,8 +112,9 @@ void AppDelegate::sessionEnded() {
 }
 
 std::optional<Opener> AppDelegate::openerFromSenderOf(const LinkEvent& event) const {
-    if (!event.sender || *event.sender < 1 || *event.sender == ::getpid()) return std::nullopt;
-    return platform_.applications.runningApplication(*event.sender, event.startupId);
+    const pid_t sender = std::max(event.sender.value_or(0), 0);
+    if (sender == ::getpid() || (sender == 0 && event.startupId.empty())) return std::nullopt;
+    return platform_.applications.runningApplication(sender, event.startupId);
 }
 
 std::optional<std::string> AppDelegate::refusal(const std::string& url) const {

@@ -34,8 +34,6 @@ class AppDelegate : public ApplicationEvents {
     Session::Place applicationWillFinishLaunching();
     void applicationDidFinishLaunching();
     void showSettings(const std::optional<std::string>& activationToken = {});
-    // Ends the main loop once every link that was taken is on its way.
-    void terminate();
 
     bool handleGetURL(const LinkEvent& event) override;
     void openFiles(const std::vector<std::string>& paths, const LinkEvent& event) override;
@@ -43,8 +41,10 @@ class AppDelegate : public ApplicationEvents {
     bool performAction(std::string_view name,
                        const std::optional<std::string>& activationToken) override;
     void sessionEnded() override;
+    // Ends the main loop once every link that was taken is on its way.
+    void terminate() override;
 
-    // No opener without a known sender, or when the sender is this process itself.
+    // None when nothing is known of the sender, or when it is this process itself.
     std::optional<Opener> openerFromSenderOf(const LinkEvent& event) const;
 
   private:

@@ -58,13 +58,17 @@ void EventLoop::dispatch() {
         restAt_.reset();
         if (rest_) rest_();
     } else {
-        restAt_ = now() + kRestDelay;
+        noteWork();
     }
+}
+
+void EventLoop::noteWork() {
+    restAt_ = now() + kRestDelay;
 }
 
 void EventLoop::waitThrough(std::function<void()> iterate) {
     iterate_ = std::move(iterate);
-    restAt_ = now() + kRestDelay;
+    noteWork();
 }
 
 int EventLoop::timeoutMilliseconds() const {

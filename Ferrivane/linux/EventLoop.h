@@ -43,8 +43,10 @@ class EventLoop : public MainLoop {
     int timeoutMilliseconds() const;
     void dispatch();
     void waitThrough(std::function<void()> iterate);
-    // Called then after two seconds without work, once after each piece of work.
+    // Called then after two seconds without work, once after each piece of it: ours, or what
+    // somebody else notes.
     void whenResting(std::function<void()> rest) { rest_ = std::move(rest); }
+    void noteWork();
     bool isTakenIn() const { return iterate_ != nullptr; }
 
   private:

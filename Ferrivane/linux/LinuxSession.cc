@@ -17,7 +17,8 @@ Session::Place LinuxSession::join(ApplicationEvents& events) {
     const auto claim = services->serve(
         kApplicationId,
         {.open =
-             [&events](std::vector<std::string> urls, const Sender& sender) {
+             [this, &events](std::vector<std::string> urls, const Sender& sender) {
+                 loop_.noteWork();
                  return events.handleGetURL(
                      {std::move(urls), sender.process, sender.startupId, sender.activationToken});
              },
@@ -26,7 +27,8 @@ Session::Place LinuxSession::join(ApplicationEvents& events) {
              [&events](const std::string& action, const Sender& sender) {
                  return events.performAction(action, sender.activationToken);
              },
-         .busEnded = [&events] { events.sessionEnded(); }});
+         .busEnded = [&events] { events.sessionEnded(); },
+         .terminate = [&events] { events.terminate(); }});
     if (claim == DesktopServices::NameClaim::taken) return Place::elsewhere;
     attachTo(*services, loop_);
     return claim == DesktopServices::NameClaim::owned ? Place::resident : Place::alone;

@@ -61,7 +61,7 @@ class Applications {
     // The applications that a person sees as running, in the desktop's order.
     virtual std::vector<Running> runningApplications() const = 0;
     // The application that a process belongs to; on Linux the one that it opened a link for, which
-    // a start-up id may tell too. Absent when it is gone, or unknown.
+    // a start-up id may tell too. Absent when it is gone, 0 or unknown.
     virtual std::optional<Opener> runningApplication(pid_t process,
                                                      const std::string& startupId) const = 0;
     virtual Bundle ownBundle() const = 0;

@@ -14,7 +14,7 @@ namespace ferrivane {
 // Links that were sent to the application.
 struct LinkEvent {
     std::vector<std::string> urls{};  // as they came; macOS sends one at a time
-    std::optional<pid_t> sender{};    // absent when the session does not know it
+    std::optional<pid_t> sender{};    // absent when it is gone already
     std::string startupId{};          // freedesktop.org, Startup Notification; empty without one
     std::optional<std::string> activationToken{};
 };
@@ -35,6 +35,8 @@ class ApplicationEvents {
                                const std::optional<std::string>& activationToken) = 0;
     // Nothing more will come from the session.
     virtual void sessionEnded() = 0;
+    // Asks the application to end.
+    virtual void terminate() = 0;
 };
 
 class Session {

@@ -96,6 +96,11 @@ TEST_F(AppDelegateLinks, OneOpenerServesEveryLinkOfAnEvent) {
     EXPECT_THAT(fake.calls.texts()[0], kLookUp + std::to_string(kMail));
 }
 
+TEST_F(AppDelegateLinks, AStartupIdSpeaksForASenderThatIsGone) {
+    app.handleGetURL({.urls = {"https://a/"}, .startupId = "x-1-y_TIME0"});
+    EXPECT_THAT(fake.calls.texts(), ElementsAre(std::string(kLookUp) + "0 x-1-y_TIME0"));
+}
+
 TEST_F(AppDelegateLinks, AStartupIdGoesAlong) {
     app.handleGetURL({.urls = {"https://a/"}, .sender = kMail, .startupId = "x-1-y_TIME0"});
     EXPECT_THAT(fake.calls.texts(), ElementsAre(kLookUp + std::to_string(kMail) + " x-1-y_TIME0"));

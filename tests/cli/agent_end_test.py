@@ -12,6 +12,12 @@ ENDING = "[INFO] the session has ended; ending too"
 TITLE = "Couldn't open the link in Google Chrome: Google Chrome is not installed\n"
 
 
+def signal_is_caught(pid, number):
+    with open(f"/proc/{pid}/status") as lines:
+        caught, = (line.split()[1] for line in lines if line.startswith("SigCgt:"))
+    return bool(int(caught, 16) & 1 << (number - 1))
+
+
 class AgentEnd(AgentCase):
     def setUp(self):
         super().setUp()
@@ -63,7 +69,8 @@ class AgentEnd(AgentCase):
         self.assertEqual(caller.owner(), agent.pid)
         self.assertEqual(self.end(agent).err, (TITLE + "https://a/…\n") * 2)
 
-    def every_answered_link_is_opened_when_the_bus_ends_by(self, number):
+    def every_answered_link_is_opened_after(self, end):
+        """`end` is what happens to the agent when it has answered 200 calls and opened a few links."""
         browser = self.start_browser(delay=0.005)
         agent = self.start_agent()
         caller = self.caller()
@@ -71,16 +78,29 @@ class AgentEnd(AgentCase):
         calls = [caller.send_open(link) for link in links]
         self.assertEqual({caller.reply(call).error for call in calls}, {""})
         self.assertLess(len(browser.messages), 200)
-        self.bus.stop(number)
+        end(agent)
         self.assertEqual(self.finish(agent), (0, "", ""))
         self.assertEqual(self.links(browser), links)
-        self.assertIn(ENDING, self.log_lines())
 
     def test_every_answered_link_is_opened_when_the_bus_ends(self):
-        self.every_answered_link_is_opened_when_the_bus_ends_by(signal.SIGTERM)
+        self.every_answered_link_is_opened_after(lambda _: self.bus.stop(signal.SIGTERM))
+        self.assertIn(ENDING, self.log_lines())
 
     def test_every_answered_link_is_opened_when_the_bus_is_killed(self):
-        self.every_answered_link_is_opened_when_the_bus_ends_by(signal.SIGKILL)
+        self.every_answered_link_is_opened_after(lambda _: self.bus.stop(signal.SIGKILL))
+        self.assertIn(ENDING, self.log_lines())
+
+    def test_every_answered_link_is_opened_when_it_is_told_to_end(self):
+        self.every_answered_link_is_opened_after(lambda agent: agent.send_signal(signal.SIGTERM))
+
+    def test_told_twice_it_ends_at_once(self):
+        self.start_browser(delay=5)
+        agent = self.start_agent()
+        self.assertEqual(self.caller().open(*[f"https://a/{number}" for number in range(9)]).error, "")
+        agent.send_signal(signal.SIGTERM)
+        wait_until(lambda: not signal_is_caught(agent.pid, signal.SIGTERM), LONG, "the first to be heard")
+        agent.send_signal(signal.SIGTERM)
+        self.assertEqual(self.finish(agent).status, -signal.SIGTERM)
 
     def test_idle_agent_ends_with_the_bus(self):
         agent = self.start_agent()

@@ -5,6 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include <glib-unix.h>
+#include <signal.h>
+
 #include "Ferrivane/linux/desktop/GObjects.h"
 #include "Ferrivane/linux/desktop/SessionBus.h"
 
@@ -116,6 +119,12 @@ void busClosed(GDBusConnection*, gboolean, GError*, gpointer data) {
     static_cast<const Calls*>(data)->busEnded();
 }
 
+gboolean terminated(gpointer data) {
+    ::signal(SIGTERM, SIG_DFL);
+    static_cast<const Calls*>(data)->terminate();
+    return G_SOURCE_REMOVE;
+}
+
 bool registerObject(GDBusConnection* bus, const std::string& path, Calls& calls) {
     static GDBusNodeInfo* const description = g_dbus_node_info_new_for_xml(kDescription, nullptr);
     static const GDBusInterfaceVTable table{handle, nullptr, nullptr, {}};
@@ -143,6 +152,7 @@ NameClaim serve(const std::string& applicationId, Calls calls) {
     if (result != kPrimaryOwner) return NameClaim::taken;
     ownedName() = applicationId;
     g_signal_connect(bus, "closed", G_CALLBACK(busClosed), &served);
+    g_unix_signal_add(SIGTERM, terminated, &served);
     return NameClaim::owned;
 }
 
