@@ -58,7 +58,8 @@ class Deb(PackageCase):
     def test_files_belong_to_root_and_can_be_read_by_everybody(self):
         for name, member in self.members().items():
             self.assertEqual((member.uid, member.gid, member.uname), (0, 0, "root"), name)
-            executable = member.isdir() or name == "usr/bin/Ferrivane"
+            executable = member.isdir() or name in ("usr/bin/Ferrivane",
+                                                    "usr/share/ferrivane/ferrivane-helper.sh")
             self.assertEqual(oct(member.mode), oct(0o755 if executable else 0o644), name)
 
     def test_entries_name_the_program_where_it_will_be(self):
