@@ -209,9 +209,9 @@ def _marshal(kind, value, out):
         out += struct.pack("<I", len(text)) + text + b"\0"
     elif kind == "g":
         out += bytes([len(value)]) + value.encode() + b"\0"
-    elif kind == "u":
+    elif kind in ("i", "u"):
         _pad(out, 4)
-        out += struct.pack("<I", value)
+        out += struct.pack("<i" if kind == "i" else "<I", value)
     elif kind == "v":
         _marshal("g", value[0], out)
         _marshal(value[0], value[1], out)

@@ -41,8 +41,8 @@ double outside(Point point) {
     const double upper = std::min(point.y, 16 - point.y);  // both halves are alike
     const Point folded{point.x, upper};
     const double lines =
-        std::min({distance(folded, {2, 8}, {10, 8}), distance(folded, {4.2, 8}, {8.5, 3}),
-                  distance(folded, {8.5, 3}, {10, 3})});
+        std::min({distance(folded, {2, 8}, {9.2, 8}), distance(folded, {4.2, 8}, {8.5, 3}),
+                  distance(folded, {8.5, 3}, {9.2, 3})});
     const double dots =
         std::min(distance(folded, {13, 3}, {13, 3}), distance(folded, {13, 8}, {13, 8}));
     return std::min(lines - kHalfLine, dots - kRadius);
