@@ -1,5 +1,6 @@
 #include "Ferrivane/linux/LinuxScripts.h"
 
+#include <memory>
 #include <utility>
 
 #include <unistd.h>
@@ -14,6 +15,23 @@
 #include "core/support/FileError.h"
 
 namespace ferrivane {
+namespace {
+
+using Completion = std::function<void(std::expected<void, PlatformError>)>;
+
+constexpr std::chrono::milliseconds kInterval{100};
+
+// A script on its way to its end.
+struct Run {
+    Completion completion;
+
+    bool isOver() const { return !completion; }
+    void finish(std::expected<void, PlatformError> outcome) {
+        std::exchange(completion, nullptr)(std::move(outcome));
+    }
+};
+
+}  // namespace
 
 std::optional<std::filesystem::path> LinuxScripts::directory() const {
     const std::filesystem::path data = environment("XDG_DATA_HOME");
@@ -58,11 +76,22 @@ void LinuxScripts::run(const std::filesystem::path& script,
         return completion(std::unexpected(
             PlatformError{"cannot start the helper script: " + systemErrorText(child.error())}));
     }
-    loop_.watchChild(*child, [completion = std::move(completion)](int status) {
-        if (status == 0) return completion({});
-        completion(std::unexpected(
+    auto run = std::make_shared<Run>(Run{std::move(completion)});
+    loop_.watchChild(*child, [run](int status) {
+        if (status == 0) return run->finish({});
+        run->finish(std::unexpected(
             PlatformError{"the helper script ended with status " + std::to_string(status)}));
     });
+    const auto look = [this, run, child = *child,
+                       end = loop_.now() + limit_](const auto& again) -> void {
+        if (run->isOver()) return;
+        if (loop_.now() >= end) {
+            loop_.forgetChild(child);
+            return run->finish(std::unexpected(PlatformError{"the helper script does not end"}));
+        }
+        loop_.after(kInterval, [again] { again(again); });
+    };
+    look(look);
 }
 
 void LinuxScripts::select(const std::filesystem::path& file) {

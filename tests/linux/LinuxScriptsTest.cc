@@ -1,6 +1,8 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/wait.h>
 
 #include "Ferrivane/linux/LinuxScripts.h"
 #include "tests/linux/Program.h"
@@ -26,7 +28,8 @@ class LinuxScriptsTest : public ::testing::Test {
                           const std::vector<std::string>& arguments,
                           const std::optional<std::string>& token = std::nullopt) {
         std::vector<std::string> outcomes;
-        LinuxScripts(loop, spawn).run(script, arguments, token, [&](const auto& result) {
+        LinuxScripts runner(loop, spawn);
+        runner.run(script, arguments, token, [&](const auto& result) {
             outcomes.push_back(result ? "done" : result.error().text);
         });
         loop.runUntilIdle();
@@ -121,6 +124,20 @@ TEST_F(LinuxScriptsTest, AnyOtherEndIsAnError) {
     }
     EXPECT_EQ(outcomeOf(noFlatpak, dir / "gone.sh", {}),
               "cannot start the helper script: No such file or directory");
+}
+
+TEST_F(LinuxScriptsTest, ScriptThatHangsIsNotWaitedForWithoutEnd) {
+    const auto script =
+        test::writeScript(dir / "s.sh", "#!/bin/sh\necho $$ >\"$0.pid\"\nexec sleep 60\n");
+    std::vector<std::string> outcomes;
+    LinuxScripts impatient(loop, noFlatpak, std::chrono::milliseconds(300));
+    impatient.run(script, {}, std::nullopt,
+                  [&](const auto& result) { outcomes.push_back(result.error().text); });
+    loop.runUntilIdle();
+    EXPECT_THAT(outcomes, ElementsAre("the helper script does not end"));
+    const pid_t process = std::stoi(test::readText(dir / "s.sh.pid"));
+    ::kill(process, SIGKILL);
+    EXPECT_EQ(::waitpid(process, nullptr, 0), process);
 }
 
 class HostSpawnTest : public LinuxScriptsTest {
