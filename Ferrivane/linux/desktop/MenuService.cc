@@ -1,12 +1,13 @@
 #include "Ferrivane/linux/desktop/MenuService.h"
 
 #include <algorithm>
-#include <cctype>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "Ferrivane/linux/desktop/GObjects.h"
+#include "Ferrivane/linux/desktop/MenuProperties.h"
 
 namespace ferrivane {
 namespace {
@@ -72,55 +73,8 @@ constexpr const char* kDescription = R"xml(
 constexpr guint32 kRevision = 1;  // the menu never changes
 constexpr std::string_view kClicked = "clicked";
 
-VariantPointer sunk(GVariant* variant) {
-    return VariantPointer(g_variant_ref_sink(variant));
-}
-
-// One "_" marks a mnemonic.
-std::string label(const std::string& title) {
-    std::string escaped;
-    for (const char character : title) escaped.append(character == '_' ? 2 : 1, character);
-    return escaped;
-}
-
-// Keys that are pressed together; a menu item could have several such sets.
-VariantPointer shortcut(const std::string& key) {
-    const auto letter = static_cast<unsigned char>(key.front());
-    std::vector<std::string> names{"Control"};
-    if (std::isupper(letter) != 0) names.emplace_back("Shift");
-    names.emplace_back(1, static_cast<char>(std::tolower(letter)));
-    GVariantBuilder keys;
-    g_variant_builder_init(&keys, G_VARIANT_TYPE("aas"));
-    g_variant_builder_open(&keys, G_VARIANT_TYPE("as"));
-    for (const std::string& name : names) g_variant_builder_add(&keys, "s", name.c_str());
-    g_variant_builder_close(&keys);
-    return sunk(g_variant_builder_end(&keys));
-}
-
-using Properties = std::vector<std::pair<const char*, VariantPointer>>;
-
-// Without an item: of the menu itself.
-Properties properties(const MenuItem* item) {
-    Properties result;
-    const auto add = [&](const char* name, GVariant* value) {
-        result.emplace_back(name, sunk(value));
-    };
-    if (item == nullptr) {
-        add("children-display", g_variant_new_string("submenu"));
-    } else if (item->command == Command::separator) {
-        add("type", g_variant_new_string("separator"));
-    } else {
-        add("label", g_variant_new_string(label(item->title).c_str()));
-        if (!item->key.empty()) result.emplace_back("shortcut", shortcut(item->key));
-    }
-    // Said although they are the defaults: somebody may ask for one by its name.
-    add("enabled", g_variant_new_boolean(TRUE));
-    add("visible", g_variant_new_boolean(TRUE));
-    return result;
-}
-
 // Those of the names, or all without any name: a{sv}.
-GVariant* dictionary(const Properties& all, const std::set<std::string, std::less<>>& names) {
+GVariant* dictionary(const MenuProperties& all, const std::set<std::string, std::less<>>& names) {
     GVariantBuilder chosen;
     g_variant_builder_init(&chosen, G_VARIANT_TYPE_VARDICT);
     for (const auto& [name, value] : all) {
@@ -180,7 +134,7 @@ struct MenuService::Methods {
     static GVariant* node(gint32 id, const MenuItem* item,
                           const std::set<std::string, std::less<>>& names,
                           GVariantBuilder* children) {
-        return g_variant_new("(i@a{sv}av)", id, dictionary(properties(item), names), children);
+        return g_variant_new("(i@a{sv}av)", id, dictionary(menuProperties(item), names), children);
     }
 
     void getLayout() const {
@@ -204,7 +158,7 @@ struct MenuService::Methods {
         for (gint32 each = 0; menu.isKnown(each); ++each) {
             if (!ids.empty() && !ids.contains(each)) continue;
             g_variant_builder_add(&groups, "(i@a{sv})", each,
-                                  dictionary(properties(menu.item(each)), names));
+                                  dictionary(menuProperties(menu.item(each)), names));
         }
         returns(g_variant_new("(a(ia{sv}))", &groups));
     }
@@ -212,8 +166,8 @@ struct MenuService::Methods {
     void getProperty() const {
         if (!menu.isKnown(id())) return refuseUnknown();
         const std::string_view name = g_variant_get_string(argument(1).get(), nullptr);
-        const auto all = properties(menu.item(id()));
-        const auto found = std::ranges::find(all, name, &Properties::value_type::first);
+        const auto all = menuProperties(menu.item(id()));
+        const auto found = std::ranges::find(all, name, &MenuProperties::value_type::first);
         if (found == all.end()) return refuse("The item has no such property.");
         returns(g_variant_new("(v)", found->second.get()));
     }
