@@ -15,6 +15,7 @@ foreach(file IN ITEMS
     "${share}/applications/${id}.desktop"
     "${share}/bash-completion/completions/Ferrivane"
     "${share}/dbus-1/services/${id}.service"
+    "${share}/ferrivane"
     "${share}/fish/vendor_completions.d/Ferrivane.fish"
     "${share}/icons/hicolor/scalable/apps/${id}.svg"
     "${share}/icons/hicolor/symbolic/apps/${id}-symbolic.svg"
