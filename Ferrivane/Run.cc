@@ -20,6 +20,7 @@ int runApplication(const Platform& platform, Log& log, bool agentMode, bool show
     switch (delegate.applicationWillFinishLaunching()) {
         case Session::Place::elsewhere:
             if (!agentMode) platform.session.reopenResident(platform.activationToken);
+            platform.mainLoop.runUntilIdle();  // alerts that an older version has left to us
             return 0;
         case Session::Place::alone:
             log.warn("no session bus: links reach Ferrivane only as operands");

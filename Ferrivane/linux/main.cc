@@ -85,22 +85,20 @@ int main(int count, char** values) {
     LinuxScripts scripts(mainLoop, hostSpawn);
     LinuxSavePanel savePanel(mainLoop);
 
-    const int status = run({values + (count > 0 ? 1 : 0), values + count},
-                           Platform{.desktop = Desktop::freedesktop,
-                                    .mainLoop = mainLoop,
-                                    .applications = applications,
-                                    .browser = browser,
-                                    .frontmost = frontmost,
-                                    .launchLock = launchLock,
-                                    .dialogs = dialogs,
-                                    .caller = caller,
-                                    .session = session,
-                                    .userInterface = userInterface,
-                                    .preferences = preferences,
-                                    .scripts = scripts,
-                                    .savePanel = savePanel,
-                                    .isSandboxed = isSandboxed,
-                                    .activationToken = takeActivationToken()});
-    mainLoop.runUntilIdle();  // alerts that are still open
-    return status;
+    return run({values + (count > 0 ? 1 : 0), values + count},
+               Platform{.desktop = Desktop::freedesktop,
+                        .mainLoop = mainLoop,
+                        .applications = applications,
+                        .browser = browser,
+                        .frontmost = frontmost,
+                        .launchLock = launchLock,
+                        .dialogs = dialogs,
+                        .caller = caller,
+                        .session = session,
+                        .userInterface = userInterface,
+                        .preferences = preferences,
+                        .scripts = scripts,
+                        .savePanel = savePanel,
+                        .isSandboxed = isSandboxed,
+                        .activationToken = takeActivationToken()});
 }
