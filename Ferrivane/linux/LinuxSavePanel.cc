@@ -1,11 +1,17 @@
 #include "Ferrivane/linux/LinuxSavePanel.h"
 
+#include <chrono>
 #include <iostream>
 #include <utility>
 
+#include <unistd.h>
+
+#include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Toolkit.h"
 
 namespace ferrivane {
+
+static constexpr std::chrono::milliseconds kMappingTime{100};
 
 void LinuxSavePanel::show(const Question& question, std::function<void(Answer)> completion) {
     const auto shown = toolkit(loop_);
@@ -19,6 +25,12 @@ void LinuxSavePanel::show(const Question& question, std::function<void(Answer)> 
                                 loop_.release();
                                 completion(answer);
                             });
+    // A window manager may leave the window of a program in the background where it is.
+    loop_.after(kMappingTime, [] {
+        if (DesktopServices* services = desktopServices()) {
+            services->activateTopmostWindow(::getpid());
+        }
+    });
 }
 
 }  // namespace ferrivane
