@@ -51,33 +51,36 @@ void AppDelegate::showSettings(const std::optional<std::string>& activationToken
 }
 
 void AppDelegate::terminate() {
+    platform_.session.leave();
     queue_.whenIdle([this] { platform_.mainLoop.stop(); });
 }
 
 bool AppDelegate::handleGetURL(const LinkEvent& event) {
     receivedLink = true;
+    if (event.urls.size() > mostLinksWaiting) {
+        log.warn("refused " + std::to_string(event.urls.size()) + " links at once");
+        return false;
+    }
     bool taken = false;
+    bool isForUs = false;
     std::optional<std::optional<Opener>> opener;  // one for all, and only when needed
     auto token = event.activationToken;
     const std::vector<std::string> nothing{""};
     for (const std::string& url : event.urls.empty() ? nothing : event.urls) {
         if (url.empty()) {
             log.warn("GetURL event without a URL");
-            continue;
-        }
-        if (const auto reason = refusal(url)) {
+        } else if (IncomingLinks::isOwn(url)) {
+            isForUs = true;
+        } else if (const auto reason = refusal(url)) {
             log.warn(*reason);
-            continue;
+        } else {
+            taken = true;
+            if (!opener) opener = openerFromSenderOf(event);
+            queue_.add({url, *opener, std::exchange(token, std::nullopt)});
         }
-        taken = true;
-        if (IncomingLinks::isOwn(url)) {
-            handleAppURL(event.activationToken);
-            continue;
-        }
-        if (!opener) opener = openerFromSenderOf(event);
-        queue_.add({url, *opener, std::exchange(token, std::nullopt)});
     }
-    return taken;
+    if (isForUs) handleAppURL(event.activationToken);
+    return taken || isForUs;
 }
 
 void AppDelegate::openFiles(const std::vector<std::string>& paths, const LinkEvent& event) {

@@ -56,7 +56,9 @@ int run(const std::vector<std::string>& arguments, const Platform& platform) {
     if (!operands.links.empty()) {
         platform.caller.detach();
         const int status = routeAndExit(platform, Log::shared(), operands.links);
-        if (operands.askForSettings) platform.session.reopenResident(std::nullopt);
+        if (operands.askForSettings && !platform.session.reopenResident(std::nullopt)) {
+            Log::shared().warn("cannot show the settings: no session bus");
+        }
         return status;
     }
     if (operands.askForSettings && platform.session.reopenResident(platform.activationToken)) {

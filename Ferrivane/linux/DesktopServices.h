@@ -42,7 +42,7 @@ class DesktopServices {
         std::function<void(const Sender&)> activate;
         std::function<bool(const std::string& action, const Sender&)> activateAction;
         std::function<void()> busEnded;
-        std::function<void()> terminate;  // SIGTERM; a second one ends the process at once
+        std::function<void()> terminate;  // by a signal; a second one ends the process at once
     };
     enum class NameClaim { owned, taken, noBus };
 

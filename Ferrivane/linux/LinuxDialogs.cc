@@ -52,7 +52,9 @@ void LinuxDialogs::restartWhenIdle() {
     }
     if (loop_.isIdle()) {
         Restart::run(alerts_);
-        return alerts_.clear();
+        // Without its name nobody reaches this process any more; the bus will start another one.
+        alerts_.clear();
+        return loop_.stop();
     }
     loop_.after(kLoadingDelay, [this] { restartWhenIdle(); });
 }

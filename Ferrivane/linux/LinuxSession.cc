@@ -34,6 +34,10 @@ Session::Place LinuxSession::join(ApplicationEvents& events) {
     return claim == DesktopServices::NameClaim::owned ? Place::resident : Place::alone;
 }
 
+void LinuxSession::leave() {
+    if (DesktopServices* const services = desktopServices()) services->stopServing();
+}
+
 bool LinuxSession::reopenResident(const std::optional<std::string>& activationToken) {
     DesktopServices* const services = desktopServices();
     return services != nullptr && services->activate(kApplicationId, activationToken);

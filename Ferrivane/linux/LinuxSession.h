@@ -12,6 +12,7 @@ class LinuxSession : public Session {
     explicit LinuxSession(EventLoop& loop) : loop_(loop) {}
 
     Place join(ApplicationEvents& events) override;
+    void leave() override;
     bool reopenResident(const std::optional<std::string>& activationToken) override;
 
   private:

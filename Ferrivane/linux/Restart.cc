@@ -42,7 +42,9 @@ bool write(int file, const std::string& text) {
 bool isDue() {
     std::error_code error;
     const std::string running = std::filesystem::read_symlink("/proc/self/exe", error);
-    return running.ends_with(" (deleted)") && !Modules::find(toolkitModule());
+    const auto executable = Processes::executable(::getpid());
+    return running.ends_with(" (deleted)") && executable &&
+           ::access(executable->c_str(), X_OK) == 0 && !Modules::find(toolkitModule());
 }
 
 void run(const std::deque<LaunchFailureAlert>& alerts) {

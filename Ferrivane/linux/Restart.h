@@ -7,7 +7,8 @@
 
 namespace ferrivane::Restart {
 
-// Whether the program's file has been replaced, and the modules of its version are gone with it.
+// Whether the program's file has been replaced by another one, and the modules of its version are
+// gone.
 bool isDue();
 
 // Puts the program that is installed now, as an agent, in the place of this process. It receives

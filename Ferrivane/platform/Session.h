@@ -51,6 +51,9 @@ class Session {
 
     // Once per process. The receiver outlives the main loop's run.
     virtual Place join(ApplicationEvents& events) = 0;
+    // What is sent to the application from now on is somebody else's. Everything that was sent
+    // before has arrived when this returns.
+    virtual void leave() = 0;
     // Sends the reopen event to the resident application, which is started if there is none. False
     // when there is no session.
     virtual bool reopenResident(const std::optional<std::string>& activationToken) = 0;

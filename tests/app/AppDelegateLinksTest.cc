@@ -181,6 +181,20 @@ TEST_F(AppDelegateLinks, TooManyAtOnceAreRefusedAndTheOthersRouted) {
     EXPECT_TRUE(app.handleGetURL({.urls = {"https://a/"}})) << "there is room again";
 }
 
+TEST_F(AppDelegateLinks, TooManyInOneEventAreRefusedInOneLine) {
+    EXPECT_FALSE(app.handleGetURL({.urls = std::vector<std::string>(4097, "")}));
+    EXPECT_THAT(newLogLines(), ElementsAre("[WARN] refused 4097 links at once"));
+}
+
+TEST_F(AppDelegateLinks, OneOfOurOwnNeedsNoRoom) {
+    fake.browser.launchTakes = 1ms;
+    for (std::size_t i = 0; i < AppDelegate::mostLinksWaiting; ++i) {
+        app.handleGetURL({.urls = {"https://a/"}});
+    }
+    EXPECT_TRUE(app.handleGetURL({.urls = {"ferrivane:", "ferrivane:"}}));
+    EXPECT_EQ(fake.calls.count("userInterface.showSettings"), 1U) << "once for an event";
+}
+
 TEST_F(AppDelegateLinks, LongOnesTakeTheRoomOfMany) {
     const std::string longest(AppDelegate::longestLink, 'x');
     for (int i = 0; i < 16; ++i) EXPECT_TRUE(app.handleGetURL({.urls = {longest}}));

@@ -164,6 +164,7 @@ TEST_F(AppDelegateTest, QuittingWaitsForTheLinksThatItTook) {
     fake.userInterface.performOfStatusItem(Command::quit);
     fake.mainLoop.advance(150ms);
     EXPECT_FALSE(fake.mainLoop.isStopped());
+    EXPECT_EQ(fake.calls.count("session.leave"), 1U) << "and takes no more";
     fake.mainLoop.advance(100ms);
     EXPECT_TRUE(fake.mainLoop.isStopped());
     EXPECT_EQ(fake.calls.count("browser.launch"), 2U);

@@ -93,6 +93,22 @@ class AgentEnd(AgentCase):
     def test_every_answered_link_is_opened_when_it_is_told_to_end(self):
         self.every_answered_link_is_opened_after(lambda agent: agent.send_signal(signal.SIGTERM))
 
+    def test_no_answered_link_is_lost_when_calls_come_while_it_ends(self):
+        browser = self.start_browser(delay=0.002)
+        agent = self.start_agent()
+        caller = self.caller()
+        answered = []
+        for number in range(400):
+            link = f"https://a/{number}"
+            if not caller.open(link).error:  # later ones go to an agent that the bus starts anew
+                answered.append(link)
+            if number == 100:
+                agent.send_signal(signal.SIGTERM)
+        self.assertEqual(self.finish(agent).status, 0)
+        wait_until(lambda: len(browser.messages) >= len(answered), LONG, "every answered link")
+        self.assertEqual(len(answered), 400)
+        self.assertEqual(sorted(self.links(browser)), sorted(answered))
+
     def test_told_twice_it_ends_at_once(self):
         self.start_browser(delay=5)
         agent = self.start_agent()

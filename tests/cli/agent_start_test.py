@@ -96,7 +96,7 @@ class AgentStart(AgentCase):
             self.assertEqual(self.run_program(link), DONE)
             self.assert_settings_shown(times)
         self.assertEqual(self.caller().open("ferrivane:settings", "FERRIVANE://x").error, "")
-        self.assert_settings_shown(5, settle=0.2)
+        self.assert_settings_shown(4, settle=0.3)
         self.assertEqual(self.agents(), [agent.pid])
         self.assertNotIn("WARN", self.log())
 

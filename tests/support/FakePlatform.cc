@@ -266,6 +266,10 @@ Session::Place FakeSession::join(ApplicationEvents& receiver) {
     return place;
 }
 
+void FakeSession::leave() {
+    calls_.add("session.leave");
+}
+
 bool FakeSession::reopenResident(const std::optional<std::string>& activationToken) {
     calls_.add("session.reopenResident" + (activationToken ? " " + *activationToken : ""));
     return reopens;

@@ -226,6 +226,7 @@ class FakeSession : public Session {
     ApplicationEvents* events = nullptr;  // once joined
 
     Place join(ApplicationEvents& receiver) override;
+    void leave() override;
     bool reopenResident(const std::optional<std::string>& activationToken) override;
 
   private:

@@ -1,6 +1,7 @@
 #include "Ferrivane/linux/desktop/Application.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -60,10 +61,14 @@ std::optional<pid_t> processOf(GDBusConnection* bus, const char* connectionName)
     return static_cast<pid_t>(process);
 }
 
+// Tokens and ids are short; what is long is none, and would be kept for as long as the link waits.
 std::optional<std::string> text(GVariant* dictionary, const char* key) {
+    constexpr std::size_t kLongest = 4096;
     const char* value = nullptr;
-    if (!g_variant_lookup(dictionary, key, "&s", &value) || *value == '\0') return std::nullopt;
-    return value;
+    if (!g_variant_lookup(dictionary, key, "&s", &value)) return std::nullopt;
+    const std::string_view found = value;
+    if (found.empty() || found.size() > kLongest) return std::nullopt;
+    return std::string(found);
 }
 
 std::vector<std::string> texts(GVariant* array) {
@@ -119,8 +124,10 @@ void busClosed(GDBusConnection*, gboolean, GError*, gpointer data) {
     static_cast<const Calls*>(data)->busEnded();
 }
 
+constexpr std::array kEndingSignals{SIGTERM, SIGINT, SIGHUP};
+
 gboolean terminated(gpointer data) {
-    ::signal(SIGTERM, SIG_DFL);
+    for (const int number : kEndingSignals) ::signal(number, SIG_DFL);
     static_cast<const Calls*>(data)->terminate();
     return G_SOURCE_REMOVE;
 }
@@ -131,6 +138,23 @@ bool registerObject(GDBusConnection* bus, const std::string& path, Calls& calls)
     return g_dbus_connection_register_object(
                bus, path.c_str(), g_dbus_node_info_lookup_interface(description, kInterface),
                &table, &calls, nullptr, nullptr) != 0;
+}
+
+bool callActivate(GDBusConnection* bus, const std::string& applicationId,
+                  const std::optional<std::string>& activationToken) {
+    GVariantBuilder platformData;
+    g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
+    if (activationToken) {
+        for (const char* key : {"activation-token", "desktop-startup-id"}) {
+            g_variant_builder_add(&platformData, "{sv}", key,
+                                  g_variant_new_string(activationToken->c_str()));
+        }
+    }
+    const VariantPointer reply(
+        g_dbus_connection_call_sync(bus, applicationId.c_str(), objectPath(applicationId).c_str(),
+                                    kInterface, "Activate", g_variant_new("(a{sv})", &platformData),
+                                    nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
+    return reply != nullptr;
 }
 
 }  // namespace
@@ -152,7 +176,7 @@ NameClaim serve(const std::string& applicationId, Calls calls) {
     if (result != kPrimaryOwner) return NameClaim::taken;
     ownedName() = applicationId;
     g_signal_connect(bus, "closed", G_CALLBACK(busClosed), &served);
-    g_unix_signal_add(SIGTERM, terminated, &served);
+    for (const int number : kEndingSignals) g_unix_signal_add(number, terminated, &served);
     return NameClaim::owned;
 }
 
@@ -170,19 +194,9 @@ void stopServing() {
 bool activate(const std::string& applicationId, const std::optional<std::string>& activationToken) {
     GDBusConnection* const bus = SessionBus::connection();
     if (bus == nullptr) return false;
-    GVariantBuilder platformData;
-    g_variant_builder_init(&platformData, G_VARIANT_TYPE_VARDICT);
-    if (activationToken) {
-        for (const char* key : {"activation-token", "desktop-startup-id"}) {
-            g_variant_builder_add(&platformData, "{sv}", key,
-                                  g_variant_new_string(activationToken->c_str()));
-        }
-    }
-    const VariantPointer reply(
-        g_dbus_connection_call_sync(bus, applicationId.c_str(), objectPath(applicationId).c_str(),
-                                    kInterface, "Activate", g_variant_new("(a{sv})", &platformData),
-                                    nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    return reply != nullptr;
+    // One that ends may take the call and not answer it; the next one is somebody else's.
+    return callActivate(bus, applicationId, activationToken) ||
+           callActivate(bus, applicationId, activationToken);
 }
 
 }  // namespace ferrivane::Application

@@ -5,6 +5,7 @@
 #include <QLibraryInfo>
 #include <QTimer>
 #include <array>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -42,9 +43,11 @@ class QtToolkit : public Toolkit {
 
     void whenClipboardIsFree(std::function<void()> work) override {
         auto* watch = new QObject(qApp);
-        const auto finish = [watch, work = std::move(work)] {
+        // The watch ends later, and several changes may come before it does.
+        const auto finish = [watch,
+                             work = std::make_shared<std::function<void()>>(std::move(work))] {
             watch->deleteLater();
-            work();
+            if (const auto once = std::exchange(*work, nullptr)) once();
         };
         QObject::connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, watch, [finish] {
             if (!QGuiApplication::clipboard()->ownsClipboard()) finish();
