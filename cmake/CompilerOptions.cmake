@@ -8,7 +8,7 @@ target_compile_options(ferrivane_options INTERFACE
 # values that may not be set or do not fit in what it has inlined or instrumented.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(ferrivane_options INTERFACE -Wno-restrict -Wno-maybe-uninitialized
-    -Wno-stringop-overflow)
+    -Wno-stringop-overflow -Wno-array-bounds)
 endif()
 
 if(FERRIVANE_SANITIZE)
