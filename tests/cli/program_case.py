@@ -47,6 +47,7 @@ class ProgramCase(unittest.TestCase):
         self.env |= {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8",
                      "ASAN_OPTIONS": reports, "UBSAN_OPTIONS": reports}
         self.processes = Processes(self.env)
+        self.addCleanup(self.processes.end_all)  # also when the test cannot begin
 
     def tearDown(self):
         try:
