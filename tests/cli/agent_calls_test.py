@@ -116,6 +116,11 @@ class AgentCalls(AgentCase):
             errors += [self.bus_caller.reply(number).error for number in numbers]
         return errors
 
+    def test_token_that_is_too_long_for_one_is_none(self):
+        self.assertEqual(self.bus_caller.open("https://a/", activation_token="t" * 4097).error, "")
+        self.assertEqual(self.browser.arguments(), [b"--profile-directory=Default", b"https://a/"])
+        self.routed = 1
+
     def test_thousands_of_calls_leave_nothing_behind(self):
         def all_kinds(refused, good):
             self.assertEqual(set(self.send_all(["--x"] * refused)), {REFUSED})
