@@ -17,19 +17,6 @@ class AgentStart(AgentCase):
 
     # The settings are shown in the person's application for the rules.
 
-    def install_editor(self):
-        editor = self.root / "editor"
-        editor.write_text('#!/bin/sh\nprintf "%s\\n" "$1" >>"$0.opened"\n')
-        editor.chmod(0o755)
-        entry = self.write_entry("org.example.Editor", f"{editor} %f").name
-        kinds = ("application/json", "application/octet-stream", "text/plain", "text/x-log")
-        (self.root / "config/mimeapps.list").write_text(
-            "[Default Applications]\n" + "".join(f"{kind}={entry}\n" for kind in kinds))
-
-    def opened(self):
-        path = self.root / "editor.opened"
-        return path.read_text().splitlines() if path.exists() else []
-
     def assert_settings_shown(self, times=1, settle=0.0):
         wait_until(lambda: len(self.opened()) >= times, LONG, f"settings shown {times} times")
         time.sleep(settle)

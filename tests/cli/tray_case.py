@@ -79,21 +79,6 @@ class TrayCase(AgentCase):
         path.write_text(f"[Preferences]\nshowMenuBarIcon={chosen}\n")
         return path
 
-    # Opened documents.
-
-    def install_editor(self):
-        editor = self.root / "editor"
-        editor.write_text('#!/bin/sh\nprintf "%s\\n" "$1" >>"$0.opened"\n')
-        editor.chmod(0o755)
-        entry = self.write_entry("org.example.Editor", f"{editor} %f").name
-        kinds = ("application/json", "application/octet-stream", "text/plain", "text/x-log")
-        (self.root / "config/mimeapps.list").write_text(
-            "[Default Applications]\n" + "".join(f"{kind}={entry}\n" for kind in kinds))
-
-    def opened(self):
-        path = self.root / "editor.opened"
-        return path.read_text().splitlines() if path.exists() else []
-
     # The panel.
 
     def start_watcher(self, *arguments):

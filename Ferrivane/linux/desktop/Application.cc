@@ -52,15 +52,6 @@ VariantPointer askBus(GDBusConnection* bus, const char* method, GVariant* argume
         arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kTimeoutMilliseconds, nullptr, nullptr));
 }
 
-std::optional<pid_t> processOf(GDBusConnection* bus, const char* connectionName) {
-    const auto reply =
-        askBus(bus, "GetConnectionUnixProcessID", g_variant_new("(s)", connectionName));
-    if (!reply) return std::nullopt;
-    guint32 process = 0;
-    g_variant_get(reply.get(), "(u)", &process);
-    return static_cast<pid_t>(process);
-}
-
 // Tokens and ids are short; what is long is none, and would be kept for as long as the link waits.
 std::optional<std::string> text(GVariant* dictionary, const char* key) {
     constexpr std::size_t kLongest = 4096;
@@ -86,7 +77,7 @@ VariantPointer child(GVariant* tuple, gsize index) {
 }
 
 // Whoever sent the call lives only until the reply, so it is looked at before.
-void handle(GDBusConnection* bus, const gchar* sender, const gchar*, const gchar*,
+void handle(GDBusConnection*, const gchar* sender, const gchar*, const gchar*,
             const gchar* methodName, GVariant* parameters, GDBusMethodInvocation* invocation,
             gpointer data) {
     const Calls& calls = *static_cast<const Calls*>(data);
@@ -97,7 +88,7 @@ void handle(GDBusConnection* bus, const gchar* sender, const gchar*, const gchar
                        .activationToken = text(platformData.get(), "activation-token")};
     bool isTaken = true;
     if (method == "Open") {
-        from.process = processOf(bus, sender);
+        from.process = SessionBus::nameOwner(sender);
         isTaken = calls.open(texts(child(parameters, 0).get()), from);
     } else if (method == "ActivateAction") {
         const auto name = child(parameters, 0);
