@@ -26,6 +26,7 @@ AppDelegate::AppDelegate(const Platform& platform, Log& sharedLog, bool isAgent,
       rulesFile_(std::move(rulesFile)),
       queue_(platform, sharedLog, rulesFile_),
       menuBar_(platform.userInterface, sharedLog, [this] { terminate(); }),
+      store(platform, sharedLog, rulesFile_),
       agentMode(isAgent) {}
 
 Session::Place AppDelegate::applicationWillFinishLaunching() {
@@ -36,7 +37,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     FirstRun::ensureConfig(log, rulesFile_);
     log.info("Ferrivane " + AppInfo::version(platform_.applications) + " started" +
              (agentMode ? " (agent)" : ""));
-    MainMenu::install(platform_.userInterface, [this] { showSettings(); });
+    MainMenu::install(
+        platform_.userInterface, [this] { showSettings(); }, [this] { terminate(); });
     menuBar_.onSettings = [this] { showSettings(); };
     menuBar_.setVisible(platform_.preferences.flag(MenuBar::visibilityKey));
     if (!agentMode) {
@@ -47,7 +49,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::showSettings(const std::optional<std::string>& activationToken) {
-    platform_.userInterface.showSettings(activationToken);
+    if (!settings_) settings_.emplace(platform_, store, menuBar_);
+    store.reload();
+    platform_.userInterface.showSettings(*settings_, activationToken);
 }
 
 void AppDelegate::terminate() {

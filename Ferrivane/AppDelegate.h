@@ -11,6 +11,8 @@
 
 #include "Ferrivane/LinkQueue.h"
 #include "Ferrivane/MenuBar.h"
+#include "Ferrivane/RulesStore.h"
+#include "Ferrivane/SettingsView.h"
 #include "Ferrivane/platform/Platform.h"
 #include "core/Config.h"
 #include "core/Log.h"
@@ -57,6 +59,8 @@ class AppDelegate : public ApplicationEvents {
     const std::filesystem::path rulesFile_;
     LinkQueue queue_;
     MenuBar menuBar_;
+    RulesStore store;
+    std::optional<SettingsView> settings_;  // once it was shown
     bool receivedLink = false;
     const bool agentMode;
 };

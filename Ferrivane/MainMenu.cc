@@ -1,5 +1,7 @@
 #include "Ferrivane/MainMenu.h"
 
+#include <utility>
+
 namespace ferrivane::MainMenu {
 
 std::vector<Menu> menus() {
@@ -22,9 +24,12 @@ std::vector<Menu> menus() {
              .items = {{Command::close, "Close", "w"}, {Command::minimize, "Minimize", "m"}}}};
 }
 
-void install(UserInterface& interface, const std::function<void()>& settingsAction) {
-    interface.installMainMenu(menus(), [settingsAction](Command command) {
+void install(UserInterface& interface, std::function<void()> settingsAction,
+             std::function<void()> quit) {
+    interface.installMainMenu(menus(), [settingsAction = std::move(settingsAction),
+                                        quit = std::move(quit)](Command command) {
         if (command == Command::settings) settingsAction();
+        if (command == Command::quit) quit();
     });
 }
 

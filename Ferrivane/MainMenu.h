@@ -11,7 +11,8 @@ namespace ferrivane::MainMenu {
 // The application's own menu, "Edit" for the text fields of the settings, and "Window".
 std::vector<Menu> menus();
 
-// Every command but the settings is the toolkit's own.
-void install(UserInterface& interface, const std::function<void()>& settingsAction);
+// A toolkit carries out every other command by itself; where it can quit by itself too, it does.
+void install(UserInterface& interface, std::function<void()> settingsAction,
+             std::function<void()> quit);
 
 }  // namespace ferrivane::MainMenu

@@ -17,7 +17,9 @@ void RulesStore::reload() {
     loading_ = true;
     setProblem(std::nullopt);
     if (auto config = read()) {
+        if (isUnsaved_) log_.warn("edits that could not be saved gave way to rules.json as it is");
         setConfig(std::move(*config));
+        isUnsaved_ = false;
     } else {
         setProblem("rules.json: " + config.error().description());
     }
@@ -38,6 +40,7 @@ void RulesStore::reload() {
 }
 
 void RulesStore::reloadIfChanged() {
+    if (isUnsaved_) return;
     const auto text = readFile(rulesFile_);
     if (text && *text != knownText_) reload();
 }
@@ -63,6 +66,7 @@ void RulesStore::setConfig(Config config) {
 void RulesStore::save() {
     keepTextOfOthers();
     const auto saved = config_.save(rulesFile_);
+    isUnsaved_ = !saved;
     if (saved) {
         knownText_ = config_.encode().value_or("");
         setProblem(std::nullopt);

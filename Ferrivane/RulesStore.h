@@ -37,7 +37,8 @@ class RulesStore {
     // Reads the rules, which are made if there are none, the state of the helper script and
     // Chrome's profiles. Rules that cannot be read leave those that are shown.
     void reload();
-    // The same, if the rules' file now says something else than what is shown.
+    // The same, if the rules' file now says something else than what is shown. Not as long as an
+    // edit could not be saved: it is nowhere but here.
     void reloadIfChanged();
 
     void setConfig(Config config);
@@ -64,6 +65,7 @@ class RulesStore {
     std::optional<std::string> problem_;
     HelperScript::State helper_ = HelperScript::State::notNeeded;
     bool loading_ = false;
+    bool isUnsaved_ = false;
     std::optional<std::string> knownText_;  // of the file, as it was last read well or written
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  // for completions
 };

@@ -5,6 +5,7 @@
 
 #include "Ferrivane/AppInfo.h"
 #include "Ferrivane/DefaultBrowser.h"
+#include "Ferrivane/RuleRow.h"
 #include "core/support/Text.h"
 
 namespace ferrivane {
@@ -103,9 +104,29 @@ void SettingsView::setDefaultProfile(const std::string& profile) {
 }
 
 void SettingsView::addRule() {
-    const Uuid rule = store_.addRule();
+    setFocusedRule(store_.addRule());
+}
+
+std::string_view SettingsView::matchPlaceholder(Rule::Kind kind) const {
+    return RuleRow::placeholder(kind, platform_.desktop);
+}
+
+void SettingsView::setFocusedRule(const std::optional<Uuid>& rule) {
+    if (rule == focusedRule_) return;
     willChange.tell();
-    focusedRule = rule;
+    focusedRule_ = rule;
+    readChanges();
+}
+
+void SettingsView::rulesFileChanged() {
+    mustReadChanges_ = true;
+    readChanges();
+}
+
+void SettingsView::readChanges() {
+    if (!mustReadChanges_ || focusedRule_ || draggingRule_) return;
+    mustReadChanges_ = false;
+    store_.reloadIfChanged();
 }
 
 std::string SettingsView::beginDrag(const Uuid& rule) {
@@ -134,9 +155,14 @@ void SettingsView::drop(const std::optional<Uuid>& target) {
         config.moveRule(*draggingRule_, target);
         store_.setConfig(std::move(config));
     }
+    endDrag();
+}
+
+void SettingsView::endDrag() {
     willChange.tell();
     draggingRule_.reset();
     dropTarget_.reset();
+    readChanges();
 }
 
 void SettingsView::setTestURL(std::string url) {

@@ -38,7 +38,8 @@ class SettingsView {
     // Told before each change of the view's own state; the store tells of its own.
     Observers willChange;
 
-    // Asks again who the default browser is and which applications run. When the view appears.
+    // Asks again who the default browser is and which applications run. The shell calls it when
+    // the view appears.
     void refresh();
 
     Banner defaultBrowserBanner() const;
@@ -57,7 +58,13 @@ class SettingsView {
     void setDefaultProfile(const std::string& profile);
     void addRule();  // its field takes the focus
     void removeRule(const Uuid& rule) { store_.removeRule(rule); }
-    std::optional<Uuid> focusedRule;
+    std::string_view matchPlaceholder(Rule::Kind kind) const;
+    // The rule whose pattern is being edited.
+    const std::optional<Uuid>& focusedRule() const { return focusedRule_; }
+    void setFocusedRule(const std::optional<Uuid>& rule);
+    // The shell watches the rules' file while the window is shown. What others write is read at
+    // once, or when the person has finished editing or dragging.
+    void rulesFileChanged();
 
     // Dragging a rule. The text that a drag offers is the rule's identifier.
     std::string beginDrag(const Uuid& rule);
@@ -66,6 +73,8 @@ class SettingsView {
     std::optional<Edge> insertionEdge(const Uuid& rule) const;
     // Without a target: onto the list, behind its last row.
     void drop(const std::optional<Uuid>& target);
+    // After the drop, or without one: what is dropped later comes from elsewhere.
+    void endDrag();
 
     // The link tester.
     const std::vector<RunningApp>& runningApps() const { return runningApps_; }
@@ -109,6 +118,7 @@ class SettingsView {
         "Copy the script by hand if the button above does not work";
 
   private:
+    void readChanges();
     template<typename Change>
     void edit(const Uuid& rule, Change change);
     std::optional<std::size_t> indexOf(const Uuid& rule) const;
@@ -121,6 +131,8 @@ class SettingsView {
     std::string testURL_;
     std::optional<pid_t> testAppPid_;
     bool showMenuBarIcon_;
+    std::optional<Uuid> focusedRule_;
+    bool mustReadChanges_ = false;
     std::optional<Uuid> draggingRule_;
     std::optional<Uuid> dropTarget_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

@@ -39,7 +39,7 @@ void LinuxUserInterface::setStartsAtLogin(bool starts) {
 }
 
 // Until there is a window, the rules open where the person edits texts.
-void LinuxUserInterface::showSettings(const std::optional<std::string>&) {
+void LinuxUserInterface::showSettings(SettingsView&, const std::optional<std::string>&) {
     const bool hasDisplay =
         !environment("DISPLAY").empty() || !environment("WAYLAND_DISPLAY").empty();
     const auto opened = hasDisplay ? openDocument(Paths::rulesFile())

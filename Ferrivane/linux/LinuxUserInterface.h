@@ -11,7 +11,8 @@ class LinuxUserInterface : public UserInterface {
     void showStatusItem(const StatusItem& item, Perform perform) override;
     void removeStatusItem() override;
     void setStartsAtLogin(bool starts) override;
-    void showSettings(const std::optional<std::string>& activationToken) override;
+    void showSettings(SettingsView& view,
+                      const std::optional<std::string>& activationToken) override;
     std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) override;
 };
 

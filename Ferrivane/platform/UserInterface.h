@@ -13,6 +13,8 @@
 
 namespace ferrivane {
 
+class SettingsView;
+
 class UserInterface {
   public:
     // Receives the command of a chosen item, unless the toolkit itself carries it out.
@@ -27,8 +29,11 @@ class UserInterface {
     // Whether the application is to start with the session, so that its icon is there. When the
     // person chooses, not at each start.
     virtual void setStartsAtLogin(bool starts) = 0;
-    // A token lets the window come to the front.
-    virtual void showSettings(const std::optional<std::string>& activationToken) = 0;
+    // Shows the window, made at the first call, in front of the others. Closing it leaves the
+    // application running. The view outlives it, and is the same each time. A token lets the window
+    // come to the front.
+    virtual void showSettings(SettingsView& view,
+                              const std::optional<std::string>& activationToken) = 0;
     // Opens a document with the person's application for it.
     virtual std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) = 0;
 };

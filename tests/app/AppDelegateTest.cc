@@ -138,8 +138,27 @@ TEST_F(AppDelegateTest, BothMenusOpenTheSettings) {
     fake.userInterface.performOfMainMenu(Command::settings);
     fake.userInterface.performOfStatusItem(Command::settings);
     EXPECT_EQ(fake.calls.count(kShowSettings), 2U);
-    fake.userInterface.performOfMainMenu(Command::quit);
+    fake.userInterface.performOfMainMenu(Command::about);
     EXPECT_EQ(fake.calls.count(kShowSettings), 2U) << "that one is the toolkit's";
+}
+
+TEST_F(AppDelegateTest, TheMainMenuQuits) {
+    start(true);
+    fake.userInterface.performOfMainMenu(Command::quit);
+    fake.mainLoop.advance(1ms);
+    EXPECT_TRUE(fake.mainLoop.isStopped());
+}
+
+TEST_F(AppDelegateTest, TheSettingsAreReadAnewEachTimeTheyAreShown) {
+    writeRules(R"({"defaultProfile": "One"})");
+    AppDelegate& app = start(true);
+    app.showSettings();
+    SettingsView* const view = fake.userInterface.settings;
+    EXPECT_EQ(view->store().config().defaultProfile, "One");
+    writeRules(R"({"defaultProfile": "Two"})");
+    app.showSettings();
+    EXPECT_EQ(fake.userInterface.settings, view);
+    EXPECT_EQ(view->store().config().defaultProfile, "Two");
 }
 
 TEST_F(AppDelegateTest, ActionsOfTheDesktopEntry) {
@@ -150,7 +169,7 @@ TEST_F(AppDelegateTest, ActionsOfTheDesktopEntry) {
     EXPECT_TRUE(app.performAction("show-log", {}));
     EXPECT_FALSE(app.performAction("", {}));
     EXPECT_FALSE(app.performAction("quit", {}));
-    EXPECT_THAT(fake.calls.texts(),
+    EXPECT_THAT(fake.calls.of({"userInterface."}),
                 ElementsAre(std::string(kShowSettings) + " token",
                             "userInterface.openDocument " + Config::fileURL().string(),
                             "userInterface.openDocument " + log.fileURL.string()));

@@ -6,6 +6,7 @@
 namespace ferrivane {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Eq;
 using ::testing::IsEmpty;
@@ -269,6 +270,33 @@ TEST_F(RulesStoreTest, AChangeOnTheDiskIsReadAgain) {
     std::filesystem::remove(rulesFile);
     store().reloadIfChanged();
     EXPECT_THAT(matches(), ElementsAre("a", "b")) << "an editor is replacing it";
+}
+
+TEST_F(RulesStoreTest, AnEditThatCouldNotBeSavedDoesNotGiveWayUnasked) {
+    store().reload();
+    breakDisk();
+    store().addRule();
+    mendDisk();
+    test::writeText(rulesFile, kTwoRules);
+    store().reloadIfChanged();
+    EXPECT_THAT(matches(), ElementsAre("")) << "it is nowhere but here";
+    store().addRule();
+    EXPECT_THAT(onDisk().rules, SizeIs(2));
+    EXPECT_EQ(test::readText(kept()), kTwoRules);
+    test::writeText(rulesFile, kTwoRules);
+    store().reloadIfChanged();
+    EXPECT_THAT(matches(), ElementsAre("a", "b")) << "it has been saved since";
+}
+
+TEST_F(RulesStoreTest, TheLogTellsOfEditsThatWereNeverSaved) {
+    store().reload();
+    breakDisk();
+    store().addRule();
+    mendDisk();
+    store().reload();
+    EXPECT_THAT(matches(), IsEmpty());
+    EXPECT_THAT(newLogLines(),
+                Contains("[WARN] edits that could not be saved gave way to rules.json as it is"));
 }
 
 // In a sandbox.

@@ -153,7 +153,51 @@ TEST_F(SettingsViewTest, EditsOfARuleThatIsGoneChangeNothing) {
 
 TEST_F(SettingsViewTest, ANewRuleTakesTheFocus) {
     view->addRule();
-    EXPECT_EQ(view->focusedRule, id(3));
+    EXPECT_EQ(view->focusedRule(), id(3));
+}
+
+TEST_F(SettingsViewTest, WhatOthersWriteIsShownAtOnce) {
+    writeRules(R"({"defaultProfile": "Other"})");
+    view->rulesFileChanged();
+    EXPECT_EQ(store->config().defaultProfile, "Other");
+}
+
+TEST_F(SettingsViewTest, WhatOthersWriteWaitsForTheEndOfAnEdit) {
+    view->setFocusedRule(id(0));
+    writeRules(R"({"defaultProfile": "Other"})");
+    view->rulesFileChanged();
+    view->setFocusedRule(id(1));
+    EXPECT_EQ(store->config().defaultProfile, "Default") << "still editing, another one";
+    view->setFocusedRule(std::nullopt);
+    EXPECT_EQ(store->config().defaultProfile, "Other");
+}
+
+TEST_F(SettingsViewTest, WhatOthersWroteDuringAnEditThatIsSavedIsKeptBeside) {
+    view->setFocusedRule(id(0));
+    writeRules(R"({"defaultProfile": "Other"})");
+    view->rulesFileChanged();
+    view->setMatch(id(0), "edited");
+    view->setFocusedRule(std::nullopt);
+    EXPECT_EQ(matches().front(), "edited");
+    EXPECT_EQ(test::readText(rulesFile.string() + ".bak"), R"({"defaultProfile": "Other"})");
+}
+
+TEST_F(SettingsViewTest, WhatOthersWriteWaitsForTheEndOfADrag) {
+    view->beginDrag(id(0));
+    writeRules(R"({"defaultProfile": "Other"})");
+    view->rulesFileChanged();
+    EXPECT_EQ(store->config().defaultProfile, "Default");
+    view->endDrag();
+    EXPECT_EQ(store->config().defaultProfile, "Other");
+}
+
+TEST_F(SettingsViewTest, ADropAfterTheEndOfADragMovesNothing) {
+    view->beginDrag(id(2));
+    view->setDropTargeted(id(0), true);
+    view->endDrag();
+    EXPECT_EQ(view->insertionEdge(id(0)), std::nullopt);
+    view->drop(id(0));
+    EXPECT_THAT(matches(), ElementsAre("a.example", "b", "Mail"));
 }
 
 TEST_F(SettingsViewTest, ADragOffersTheRulesIdentifier) {

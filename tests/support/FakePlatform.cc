@@ -296,7 +296,9 @@ void FakeUserInterface::setStartsAtLogin(bool starts) {
     calls_.add(std::string("userInterface.setStartsAtLogin ") + (starts ? "yes" : "no"));
 }
 
-void FakeUserInterface::showSettings(const std::optional<std::string>& activationToken) {
+void FakeUserInterface::showSettings(SettingsView& view,
+                                     const std::optional<std::string>& activationToken) {
+    settings = &view;
     calls_.add("userInterface.showSettings" + (activationToken ? " " + *activationToken : ""));
 }
 

@@ -239,6 +239,7 @@ class FakeUserInterface : public UserInterface {
 
     std::vector<Menu> mainMenu;
     std::optional<StatusItem> statusItem;
+    SettingsView* settings = nullptr;  // once shown
     Perform performOfMainMenu;
     Perform performOfStatusItem;
     std::expected<void, PlatformError> opened;
@@ -247,7 +248,8 @@ class FakeUserInterface : public UserInterface {
     void showStatusItem(const StatusItem& item, Perform perform) override;
     void removeStatusItem() override;
     void setStartsAtLogin(bool starts) override;
-    void showSettings(const std::optional<std::string>& activationToken) override;
+    void showSettings(SettingsView& view,
+                      const std::optional<std::string>& activationToken) override;
     std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) override;
 
   private:
