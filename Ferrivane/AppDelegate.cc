@@ -37,8 +37,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     FirstRun::ensureConfig(log, rulesFile_);
     log.info("Ferrivane " + AppInfo::version(platform_.applications) + " started" +
              (agentMode ? " (agent)" : ""));
-    MainMenu::install(
-        platform_.userInterface, [this] { showSettings(); }, [this] { terminate(); });
+    MainMenu::install(platform_.userInterface, [this] { showSettings(); }, [this] { terminate(); });
     menuBar_.onSettings = [this] { showSettings(); };
     menuBar_.setVisible(platform_.preferences.flag(MenuBar::visibilityKey));
     if (!agentMode) {

@@ -42,12 +42,19 @@ inline constexpr Control fillIn{"rule.fillIn", "Fill in from a running app"};
 inline constexpr Control profile{"rule.profile", "Profile"};
 inline constexpr Control remove{"rule.remove", "Remove rule"};
 
-inline constexpr std::array all{
-    window,     defaultBrowserText, makeDefault, helperText,     installHelper, showFolders,
-    rules,      noRules,            addRule,     defaultProfile, testURL,       testApp,
-    testResult, menuBarIcon,        editRules,   showLog,        version,       problem,
-    rule,       handle,             kind,        match,          fillIn,        profile,
-    remove};
+inline constexpr std::array all{window,        defaultBrowserText,
+                                makeDefault,   helperText,
+                                installHelper, showFolders,
+                                rules,         noRules,
+                                addRule,       defaultProfile,
+                                testURL,       testApp,
+                                testResult,    menuBarIcon,
+                                editRules,     showLog,
+                                version,       problem,
+                                rule,          handle,
+                                kind,          match,
+                                fillIn,        profile,
+                                remove};
 
 // What is read out for a control of the rule at this place, so that rules can be told apart by ear.
 inline std::string nameInRow(const Control& control, std::size_t index) {

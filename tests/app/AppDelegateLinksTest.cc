@@ -119,7 +119,9 @@ TEST_F(AppDelegateLinks, OneOfOurOwnOpensTheSettings) {
         fake.calls.clear();
         EXPECT_TRUE(app.handleGetURL({.urls = {url}, .sender = kMail, .activationToken = "token"}));
         fake.mainLoop.runUntilIdle();
-        EXPECT_THAT(fake.calls.of({"userInterface."}), ElementsAre("userInterface.showSettings token")) << url;
+        EXPECT_THAT(fake.calls.of({"userInterface."}),
+                    ElementsAre("userInterface.showSettings token"))
+            << url;
     }
     EXPECT_THAT(newLogLines(), IsEmpty());
 }
