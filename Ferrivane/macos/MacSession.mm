@@ -1,0 +1,35 @@
+#import "Ferrivane/macos/MacSession.h"
+
+#include <expected>
+
+#import <Cocoa/Cocoa.h>
+
+namespace ferrivane {
+
+Session::Place MacSession::join(ApplicationEvents& events) {
+    NSApplication* const application = NSApplication.sharedApplication;
+    delegate_ = [[FVApplicationDelegate alloc] initWithEvents:events loop:loop_];
+    application.delegate = delegate_;
+    [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
+    [application run];
+    return Place::resident;
+}
+
+bool MacSession::reopenResident(const std::optional<std::string>&) {
+    NSBundle* const bundle = NSBundle.mainBundle;
+    if (bundle.bundleIdentifier == nil) return false;
+    bool reopened = false;
+    bool* const result = &reopened;
+    loop_.retain();
+    MacMainLoop* const loop = &loop_;
+    [NSWorkspace.sharedWorkspace openApplicationAtURL:bundle.bundleURL
+                                        configuration:[NSWorkspaceOpenConfiguration configuration]
+                                    completionHandler:^(NSRunningApplication*, NSError* error) {
+                                      const bool isOpen = error == nil;
+                                      loop->finish([isOpen, result] { *result = isOpen; });
+                                    }];
+    loop_.runUntilIdle();
+    return reopened;
+}
+
+}  // namespace ferrivane
