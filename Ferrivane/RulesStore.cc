@@ -129,6 +129,10 @@ void RulesStore::installHelper() {
         });
 }
 
+void RulesStore::revealHelper() const {
+    HelperScript::revealForManualInstall(platform_, log_);
+}
+
 std::pair<Decision, std::optional<ChromeProfile>> RulesStore::decide(
     const std::string& url, const std::optional<Opener>& opener) const {
     Decision decision = Matcher::decide(url, opener, config_);

@@ -27,6 +27,8 @@ class RulesStore {
     RulesStore(const Platform& platform, Log& log,
                std::filesystem::path rulesFile = Config::fileURL());
 
+    const std::filesystem::path& fileURL() const { return rulesFile_; }
+
     // Told before each change of what the next four return.
     Observers willChange;
     const Config& config() const { return config_; }
@@ -47,6 +49,8 @@ class RulesStore {
     void removeRule(const Uuid& id);
 
     void installHelper();
+    // Shows the folders between which the person can copy it by hand.
+    void revealHelper() const;
 
     std::pair<Decision, std::optional<ChromeProfile>> decide(
         const std::string& url, const std::optional<Opener>& opener) const;

@@ -70,6 +70,10 @@ std::optional<SettingsView::Banner> SettingsView::helperBanner() const {
     return std::nullopt;
 }
 
+void SettingsView::revealHelper() const {
+    store_.revealHelper();
+}
+
 void SettingsView::move(const Uuid& rule, std::ptrdiff_t offset) {
     Config config = store_.config();
     config.moveRule(rule, offset);
@@ -103,8 +107,16 @@ void SettingsView::setDefaultProfile(const std::string& profile) {
     store_.setConfig(std::move(config));
 }
 
+ProfilePicker::Choices SettingsView::profileChoices(const std::string& selection) const {
+    return ProfilePicker::choices(selection, store_.profiles());
+}
+
 void SettingsView::addRule() {
     setFocusedRule(store_.addRule());
+}
+
+void SettingsView::removeRule(const Uuid& rule) {
+    store_.removeRule(rule);
 }
 
 std::string_view SettingsView::matchPlaceholder(Rule::Kind kind) const {
@@ -198,6 +210,14 @@ void SettingsView::setShowMenuBarIcon(bool shows) {
     platform_.preferences.setFlag(MenuBar::visibilityKey, shows);
     menuBar_.setVisible(shows);
     platform_.userInterface.setStartsAtLogin(shows);
+}
+
+void SettingsView::editRules() const {
+    menuBar_.editRules();
+}
+
+void SettingsView::showLog() const {
+    menuBar_.showLog();
 }
 
 std::string SettingsView::version() const {

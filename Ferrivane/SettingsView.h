@@ -12,6 +12,7 @@
 
 #include "Ferrivane/MenuBar.h"
 #include "Ferrivane/Observers.h"
+#include "Ferrivane/ProfilePicker.h"
 #include "Ferrivane/RulesStore.h"
 #include "Ferrivane/RunningApp.h"
 #include "Ferrivane/platform/Platform.h"
@@ -56,8 +57,10 @@ class SettingsView {
     void setMatch(const Uuid& rule, const std::string& match);
     void setProfile(const Uuid& rule, const std::string& profile);
     void setDefaultProfile(const std::string& profile);
+    // What can be chosen where this profile is written now.
+    ProfilePicker::Choices profileChoices(const std::string& selection) const;
     void addRule();  // its field takes the focus
-    void removeRule(const Uuid& rule) { store_.removeRule(rule); }
+    void removeRule(const Uuid& rule);
     std::string_view matchPlaceholder(Rule::Kind kind) const;
     // The rule whose pattern is being edited.
     const std::optional<Uuid>& focusedRule() const { return focusedRule_; }
@@ -87,8 +90,8 @@ class SettingsView {
     // Options.
     bool showMenuBarIcon() const { return showMenuBarIcon_; }
     void setShowMenuBarIcon(bool shows);
-    void editRules() const { menuBar_.editRules(); }
-    void showLog() const { menuBar_.showLog(); }
+    void editRules() const;
+    void showLog() const;
     std::string version() const;
 
     RulesStore& store() const { return store_; }

@@ -23,8 +23,3 @@ if(NOT APPLE)
   target_compile_definitions(ferrivane_options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(ferrivane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed)
 endif()
-# A module that lacks something is found when it is linked, not when it is loaded. Sanitizers leave
-# their functions to the program.
-if(NOT APPLE AND NOT FERRIVANE_SANITIZE)
-  target_link_options(ferrivane_options INTERFACE -Wl,-z,defs)
-endif()

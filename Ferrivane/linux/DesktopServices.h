@@ -79,10 +79,12 @@ class DesktopServices {
     // Shows a file selected in the file manager (freedesktop.org, File Manager D-Bus Interface);
     // without one that can, opens its folder.
     virtual void select(const std::filesystem::path& file) = 0;
-    // A flag in a key file (freedesktop.org, Desktop Entry Specification, "Basic format"); false
-    // when it is not there.
-    virtual bool flag(const std::filesystem::path& file, const std::string& key) = 0;
-    virtual bool setFlag(const std::filesystem::path& file, const std::string& key, bool value) = 0;
+    // A value in a key file (freedesktop.org, Desktop Entry Specification, "Basic format"), as it
+    // is written there; absent when it is not.
+    virtual std::optional<std::string> preference(const std::filesystem::path& file,
+                                                  const std::string& key) = 0;
+    virtual bool setPreference(const std::filesystem::path& file, const std::string& key,
+                               const std::string& value) = 0;
     // Moves a process and its session into a scope of their own, so that they do not end with
     // whatever started us. Without systemd nothing happens.
     virtual void moveToOwnScope(pid_t process) = 0;

@@ -2,8 +2,6 @@
 
 #include <chrono>
 
-#include <unistd.h>
-
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Restart.h"
 #include "Ferrivane/linux/Toolkit.h"
@@ -14,7 +12,6 @@ using namespace std::chrono_literals;
 
 // Loading a toolkit takes a while; whoever waits for us is told before.
 static constexpr auto kLoadingDelay = 10ms;
-static constexpr auto kMappingTime = 100ms;
 
 LinuxDialogs::LinuxDialogs(EventLoop& loop, std::ostream& stream, bool isTerminal)
     : loop_(loop), terminal_(stream, isTerminal), alerts_(Restart::takeAlerts()) {
@@ -37,12 +34,7 @@ void LinuxDialogs::showNext() {
     if (!shown) return Restart::isDue() ? restartWhenIdle() : alerts_.clear();
     loop_.retain();
     (*shown)->showLaunchFailure(alerts_.front(), [this](bool holds) { closed(holds); });
-    // A window manager may leave the window of a program in the background where it is.
-    loop_.after(kMappingTime, [] {
-        if (DesktopServices* services = desktopServices()) {
-            services->activateTopmostWindow(::getpid());
-        }
-    });
+    bringToFrontSoon(loop_);
 }
 
 // A loop with nothing to wait for has no link on its way.

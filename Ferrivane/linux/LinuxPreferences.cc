@@ -14,14 +14,24 @@ std::filesystem::path file() {
 }  // namespace
 
 bool LinuxPreferences::flag(std::string_view key) const {
-    DesktopServices* const services = desktopServices();
-    return services != nullptr && services->flag(file(), std::string(key));
+    const std::string value = text(key);
+    return value == "true" || value == "1";
 }
 
 void LinuxPreferences::setFlag(std::string_view key, bool value) {
+    setText(key, value ? "true" : "false");
+}
+
+std::string LinuxPreferences::text(std::string_view key) const {
+    DesktopServices* const services = desktopServices();
+    if (services == nullptr) return {};
+    return services->preference(file(), std::string(key)).value_or("");
+}
+
+void LinuxPreferences::setText(std::string_view key, const std::string& value) {
     if (DesktopServices* const services = desktopServices()) {
         (void)AtomicFile::createFolders(file().parent_path());
-        services->setFlag(file(), std::string(key), value);
+        services->setPreference(file(), std::string(key), value);
     }
 }
 

@@ -6,16 +6,20 @@
 #include <unistd.h>
 
 #include "Ferrivane/AppInfo.h"
+#include "Ferrivane/SettingsWindow.h"
 #include "Ferrivane/linux/Autostart.h"
 #include "Ferrivane/linux/DesktopServices.h"
-#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/Restart.h"
+#include "Ferrivane/linux/Toolkit.h"
 #include "core/port/Paths.h"
 
 namespace ferrivane {
 
-// Drawn by the settings window; this build has none.
-void LinuxUserInterface::installMainMenu(const std::vector<Menu>&, Perform) {}
+void LinuxUserInterface::installMainMenu(const std::vector<Menu>& menus, Perform perform) {
+    menus_ = menus;
+    perform_ = std::move(perform);
+}
 
 void LinuxUserInterface::showStatusItem(const StatusItem& item, Perform perform) {
     if (DesktopServices* const services = desktopServices()) {
@@ -38,16 +42,32 @@ void LinuxUserInterface::setStartsAtLogin(bool starts) {
     }
 }
 
-// Until there is a window, the rules open where the person edits texts.
-void LinuxUserInterface::showSettings(SettingsView&, const std::optional<std::string>&) {
-    const bool hasDisplay =
-        !environment("DISPLAY").empty() || !environment("WAYLAND_DISPLAY").empty();
-    const auto opened = hasDisplay ? openDocument(Paths::rulesFile())
-                                   : std::unexpected(PlatformError{"no display"});
-    if (!opened) {
-        std::cerr << "Ferrivane: cannot show the settings: " << opened.error().text
+void LinuxUserInterface::showSettings(SettingsView& view,
+                                      const std::optional<std::string>& activationToken) {
+    const auto shown = toolkit(loop_);
+    if (!shown) {
+        // After an upgrade the windows are those of the next version: the bus starts it.
+        if (Restart::isDue() && perform_) {
+            perform_(Command::quit);
+            if (desktopServices()->activate(std::string(AppInfo::bundleIdentifier),
+                                            activationToken)) {
+                return;
+            }
+        }
+        std::cerr << "Ferrivane: cannot show the settings: " << shown.error()
                   << "; the rules are in " << Paths::rulesFile().string() << std::endl;
+        return;
     }
+    const std::string key = std::string(SettingsWindow::autosaveName) + "Frame";
+    (*shown)->showSettings(
+        view,
+        {.menus = menus_,
+         .perform = perform_,
+         .frame = preferences_.text(key),
+         .frameChanged = [this,
+                          key](const std::string& frame) { preferences_.setText(key, frame); }},
+        activationToken);
+    bringToFrontSoon(loop_);
 }
 
 std::expected<void, PlatformError> LinuxUserInterface::openDocument(

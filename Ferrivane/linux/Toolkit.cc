@@ -1,10 +1,12 @@
 #include "Ferrivane/linux/Toolkit.h"
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Environment.h"
@@ -59,6 +61,15 @@ std::expected<Toolkit*, std::string> toolkit(EventLoop& loop) {
     loaded = create(reachable.c_str());
     if (loaded == nullptr) return std::unexpected("no plugin of the toolkit for this display");
     return loaded;
+}
+
+void bringToFrontSoon(EventLoop& loop) {
+    constexpr std::chrono::milliseconds kMappingTime{100};
+    loop.after(kMappingTime, [] {
+        if (DesktopServices* services = desktopServices()) {
+            services->activateTopmostWindow(::getpid());
+        }
+    });
 }
 
 std::string toolkitModule() {

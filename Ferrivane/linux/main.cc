@@ -80,8 +80,8 @@ int main(int count, char** values) {
     LinuxDialogs dialogs(mainLoop, std::cerr, ::isatty(STDERR_FILENO) != 0);
     DetachedCaller caller(entries);
     LinuxSession session(mainLoop);
-    LinuxUserInterface userInterface;
     LinuxPreferences preferences;
+    LinuxUserInterface userInterface(mainLoop, preferences);
     LinuxScripts scripts(mainLoop, hostSpawn);
     LinuxSavePanel savePanel(mainLoop);
 

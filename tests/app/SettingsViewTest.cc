@@ -10,6 +10,7 @@ namespace {
 using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using Edge = SettingsView::Edge;
 using Tint = SettingsView::Banner::Tint;
 
@@ -108,6 +109,12 @@ TEST_F(SettingsViewTest, TheHelperBanner) {
     installScript();
     store->reload();
     EXPECT_EQ(view->helperBanner(), std::nullopt) << "ready";
+}
+
+TEST_F(SettingsViewTest, TheFoldersOfTheScriptAreShown) {
+    fake.calls.clear();
+    view->revealHelper();
+    EXPECT_THAT(fake.calls.of({"scripts.select", "scripts.openFolder"}), Not(IsEmpty()));
 }
 
 TEST_F(SettingsViewTest, OnlyTheEndsOfTheListCannotMove) {

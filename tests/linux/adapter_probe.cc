@@ -116,7 +116,9 @@ int main(int count, char** values) {
         LinuxPreferences().setFlag(argument, true);
         std::cout << "done";
     } else if (question == "open") {
-        const auto opened = LinuxUserInterface().openDocument(argument);
+        EventLoop loop;
+        LinuxPreferences preferences;
+        const auto opened = LinuxUserInterface(loop, preferences).openDocument(argument);
         std::cout << (opened ? "opened" : opened.error().text);
     } else {
         return 2;

@@ -66,7 +66,8 @@ class Orders {
 int main() {
     EventLoop loop;
     attachTo(*desktopServices(), loop);
-    LinuxUserInterface interface;
+    LinuxPreferences preferences;
+    LinuxUserInterface interface(loop, preferences);
     Orders orders(loop, interface);
     orders.follow();
     loop.run();

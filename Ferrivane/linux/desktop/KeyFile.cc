@@ -21,13 +21,16 @@ std::unique_ptr<GKeyFile, Release> load(const std::filesystem::path& file) {
 
 }  // namespace
 
-bool flag(const std::filesystem::path& file, const std::string& key) {
-    return g_key_file_get_boolean(load(file).get(), kGroup, key.c_str(), nullptr) != FALSE;
+std::optional<std::string> value(const std::filesystem::path& file, const std::string& key) {
+    const std::unique_ptr<char, void (*)(void*)> text(
+        g_key_file_get_value(load(file).get(), kGroup, key.c_str(), nullptr), g_free);
+    if (!text) return std::nullopt;
+    return std::string(text.get());
 }
 
-bool setFlag(const std::filesystem::path& file, const std::string& key, bool value) {
+bool setValue(const std::filesystem::path& file, const std::string& key, const std::string& text) {
     const auto keys = load(file);
-    g_key_file_set_boolean(keys.get(), kGroup, key.c_str(), value ? TRUE : FALSE);
+    g_key_file_set_value(keys.get(), kGroup, key.c_str(), text.c_str());
     return g_key_file_save_to_file(keys.get(), file.c_str(), nullptr) != FALSE;
 }
 

@@ -45,11 +45,13 @@ class Services : public DesktopServices {
         return Documents::open(file);
     }
     void select(const std::filesystem::path& file) override { Documents::select(file); }
-    bool flag(const std::filesystem::path& file, const std::string& key) override {
-        return KeyFile::flag(file, key);
+    std::optional<std::string> preference(const std::filesystem::path& file,
+                                          const std::string& key) override {
+        return KeyFile::value(file, key);
     }
-    bool setFlag(const std::filesystem::path& file, const std::string& key, bool value) override {
-        return KeyFile::setFlag(file, key, value);
+    bool setPreference(const std::filesystem::path& file, const std::string& key,
+                       const std::string& value) override {
+        return KeyFile::setValue(file, key, value);
     }
     void moveToOwnScope(pid_t process) override { SessionBus::moveToOwnScope(process); }
     bool hasDisplay() override { return Windows::canConnect(); }

@@ -12,6 +12,7 @@
 #include "Ferrivane/linux/Toolkit.h"
 #include "Ferrivane/linux/ui/Alert.h"
 #include "Ferrivane/linux/ui/SavePanelWindow.h"
+#include "Ferrivane/linux/ui/SettingsMainWindow.h"
 
 namespace ferrivane {
 namespace {
@@ -39,6 +40,17 @@ class QtToolkit : public Toolkit {
     void showSavePanel(const SavePanel::Question& question,
                        std::function<void(const SavePanel::Answer&)> answered) override {
         showSavePanelWindow(question, std::move(answered));
+    }
+
+    void showSettings(SettingsView& view, const SettingsWindowSetup& setup,
+                      const std::optional<std::string>& activationToken) override {
+        // Read by the toolkit when a window asks to be activated (Wayland's xdg-activation).
+        if (activationToken) {
+            qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(*activationToken));
+        }
+        static auto* const window = new SettingsMainWindow(view, setup);
+        window->present();
+        qunsetenv("XDG_ACTIVATION_TOKEN");
     }
 
     void whenClipboardIsFree(std::function<void()> work) override {

@@ -1,0 +1,96 @@
+#include "Ferrivane/linux/ui/Controls.h"
+
+#include <QAbstractItemView>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QStyleOptionComboBox>
+#include <QStylePainter>
+#include <algorithm>
+
+namespace ferrivane {
+namespace {
+
+constexpr int kWidestList = 480;
+
+void name(QWidget* widget, const Control& control, const QString& text) {
+    widget->setObjectName(qt(control.identifier));
+    if (text.isEmpty()) return;
+    widget->setAccessibleName(text);
+    if (qobject_cast<QComboBox*>(widget) != nullptr) widget->setAccessibleDescription(text);
+}
+
+}  // namespace
+
+void identify(QWidget* widget, const Control& control) {
+    name(widget, control, qt(control.name));
+}
+
+void identifyInRow(QWidget* widget, const Control& control, std::size_t index) {
+    name(widget, control, qt(SettingsControls::nameInRow(control, index)));
+}
+
+Combo::Combo(int width, QWidget* parent) : QComboBox(parent) {
+    setFixedWidth(width);
+    setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
+    setMinimumContentsLength(1);
+    setFocusPolicy(Qt::StrongFocus);
+    setMaxVisibleItems(20);
+    connect(this, &QComboBox::currentTextChanged, this, [this] { updateToolTip(); });
+}
+
+void Combo::showChoices(const ProfilePicker::Choices& choices) {
+    if (choices == shown_ && currentIndex() == static_cast<int>(choices.current)) return;
+    if (choices.all != shown_.all) {
+        clear();
+        for (const auto& choice : choices.all) addItem(qt(choice.title), qt(choice.value));
+    }
+    shown_ = choices;
+    setCurrentIndex(static_cast<int>(choices.current));
+    updateToolTip();
+}
+
+void Combo::setHint(const QString& hint) {
+    hint_ = hint;
+    updateToolTip();
+}
+
+void Combo::showPopup() {
+    const int wanted =
+        view()->sizeHintForColumn(0) + 2 * style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    view()->setTextElideMode(Qt::ElideRight);
+    view()->setMinimumWidth(std::clamp(wanted, width(), std::max(width(), kWidestList)));
+    QComboBox::showPopup();
+}
+
+QString Combo::shortened() const {
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QRect field =
+        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+    return fontMetrics().elidedText(option.currentText, Qt::ElideRight, field.width() - 4);
+}
+
+void Combo::updateToolTip() {
+    setToolTip(shortened() == currentText() ? hint_ : currentText());
+}
+
+void Combo::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    option.currentText = shortened();
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+}
+
+void Field::showText(std::string_view text) {
+    const QString shown = qt(text);
+    if (shown != this->text()) setText(shown);
+}
+
+void Field::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasFormat(kRuleMimeType)) return event->ignore();
+    QLineEdit::dragEnterEvent(event);
+}
+
+}  // namespace ferrivane

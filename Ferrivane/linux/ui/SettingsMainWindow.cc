@@ -1,0 +1,337 @@
+#include "Ferrivane/linux/ui/SettingsMainWindow.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <utility>
+
+#include "Ferrivane/SettingsWindow.h"
+#include "Ferrivane/linux/ui/About.h"
+#include "Ferrivane/linux/ui/Banner.h"
+#include "Ferrivane/linux/ui/MainMenuBar.h"
+#include "Ferrivane/linux/ui/RulesList.h"
+
+namespace ferrivane {
+namespace {
+
+constexpr int kWatchMilliseconds = 50;   // one change of a file is told several times
+constexpr int kFrameMilliseconds = 500;  // after the last move
+
+QPushButton* makeButton(const Control& control, std::string_view title) {
+    auto* button = new QPushButton(qt(title));
+    identify(button, control);
+    return button;
+}
+
+// Its width is that of the whole text only if there is room.
+QLabel* stretching(QLabel* label) {
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    return label;
+}
+
+void setFontScale(QWidget* widget, qreal scale) {
+    QFont font = QApplication::font();
+    font.setPointSizeF(font.pointSizeF() * scale);
+    widget->setFont(font);
+}
+
+void setColour(QWidget* widget, Tint tint) {
+    QPalette palette = QApplication::palette();
+    palette.setColor(QPalette::WindowText, colour(tint, palette));
+    widget->setPalette(palette);
+}
+
+}  // namespace
+
+SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowSetup& setup)
+    : view_(view), frameChanged_(setup.frameChanged) {
+    identify(this, SettingsControls::window);
+    setWindowTitle(qt(SettingsWindow::title));
+    setWindowIcon(applicationIcon());
+    setMinimumSize(SettingsWindow::minimumSize.width, SettingsWindow::minimumSize.height);
+    installMenuBar(*this, setup.menus, setup.perform, [this] { showAbout(view_.version(), this); });
+
+    auto* content = new QWidget;
+    auto* column = new QVBoxLayout(content);
+    constexpr int kPadding = SettingsWindow::padding;
+    column->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
+    column->setSpacing(12);
+    defaultBrowser_ =
+        new Banner(SettingsControls::defaultBrowserText, SettingsControls::makeDefault);
+    connect(defaultBrowser_->button(), &QPushButton::clicked, this,
+            [this] { view_.makeDefaultBrowser(); });
+    helper_ = new Banner(SettingsControls::helperText, SettingsControls::installHelper);
+    connect(helper_->button(), &QPushButton::clicked, this,
+            [this] { view_.store().installHelper(); });
+    auto* folders = makeButton(SettingsControls::showFolders, SettingsView::showFoldersTitle);
+    folders->setToolTip(qt(SettingsView::showFoldersToolTip));
+    connect(folders, &QPushButton::clicked, this, [this] { view_.revealHelper(); });
+    helper_->addButton(folders);
+    column->addWidget(defaultBrowser_);
+    column->addWidget(helper_);
+    column->addWidget(makeRules(), 1);
+    column->addWidget(makeTester());
+    column->addWidget(makeOptions());
+    column->addWidget(makeProblem());
+    setCentralWidget(content);
+
+    rendering_.setSingleShot(true);
+    connect(&rendering_, &QTimer::timeout, this, &SettingsMainWindow::render);
+    storeChanges_ = view_.store().willChange.add([this] { renderSoon(); });
+    viewChanges_ = view_.willChange.add([this] { renderSoon(); });
+    auto* changed = new QTimer(this);
+    changed->setSingleShot(true);
+    changed->setInterval(kWatchMilliseconds);
+    const auto restart = [changed] { changed->start(); };
+    connect(&watcher_, &QFileSystemWatcher::fileChanged, changed, restart);
+    connect(&watcher_, &QFileSystemWatcher::directoryChanged, changed, restart);
+    connect(changed, &QTimer::timeout, this, [this] {
+        watchRules();
+        view_.rulesFileChanged();
+    });
+    frameSaving_.setSingleShot(true);
+    frameSaving_.setInterval(kFrameMilliseconds);
+    connect(&frameSaving_, &QTimer::timeout, this, &SettingsMainWindow::saveFrame);
+
+    if (!restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(setup.frame)))) {
+        resize(SettingsWindow::size.width, SettingsWindow::size.height);
+        move(screen()->availableGeometry().center() - rect().center());
+    }
+    applyColours();
+    qApp->installEventFilter(this);
+}
+
+QWidget* SettingsMainWindow::makeRules() {
+    auto* group = new QGroupBox(qt(SettingsView::rulesTitle));
+    noRules_ = plainLabel(SettingsView::noRules);
+    identify(noRules_, SettingsControls::noRules);
+    noRules_->setAlignment(Qt::AlignCenter);
+    rules_ = new RulesList(view_);
+
+    auto* add = makeButton(SettingsControls::addRule, SettingsView::addRuleTitle);
+    add->setIcon(symbolIcon("plus"));
+    connect(add, &QPushButton::clicked, this, [this] { view_.addRule(); });
+    hint_ = stretching(plainLabel(SettingsView::rulesHint));
+    auto* below = new QHBoxLayout;
+    below->setSpacing(12);
+    below->addWidget(add);
+    below->addWidget(hint_, 1);
+
+    defaultProfile_ = new Combo(SettingsWindow::defaultProfileWidth);
+    identify(defaultProfile_, SettingsControls::defaultProfile);
+    defaultProfile_->setHint(qt(SettingsView::defaultProfileToolTip));
+    connect(defaultProfile_, &QComboBox::activated, this,
+            [this] { view_.setDefaultProfile(defaultProfile_->currentValue().toStdString()); });
+    auto* label = plainLabel(SettingsView::defaultProfileLabel, false);
+    label->setBuddy(defaultProfile_);
+    caption_ = stretching(plainLabel(SettingsView::defaultProfileCaption));
+    auto* otherwise = new QHBoxLayout;
+    otherwise->setSpacing(12);
+    otherwise->addWidget(label);
+    otherwise->addWidget(defaultProfile_);
+    otherwise->addWidget(caption_, 1);
+
+    auto* column = new QVBoxLayout(group);
+    column->setSpacing(10);
+    column->addWidget(noRules_, 1);
+    column->addWidget(rules_, 1);
+    column->addLayout(below);
+    column->addLayout(otherwise);
+    return group;
+}
+
+QWidget* SettingsMainWindow::makeTester() {
+    auto* group = new QGroupBox(qt(SettingsView::testerTitle));
+    testURL_ = new Field;
+    identify(testURL_, SettingsControls::testURL);
+    testURL_->setPlaceholderText(qt(SettingsView::testerPlaceholder));
+    connect(testURL_, &QLineEdit::textChanged, this,
+            [this](const QString& text) { view_.setTestURL(text.toStdString()); });
+    testApp_ = new Combo(SettingsWindow::senderWidth);
+    identify(testApp_, SettingsControls::testApp);
+    connect(testApp_, &QComboBox::activated, this, [this] {
+        bool isProcess = false;
+        const int process = testApp_->currentValue().toInt(&isProcess);
+        view_.setTestAppPid(isProcess ? std::optional(process) : std::nullopt);
+    });
+    testResult_ = plainLabel();
+    identify(testResult_, SettingsControls::testResult);
+    testResult_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+
+    auto* row = new QHBoxLayout;
+    row->setSpacing(12);
+    row->addWidget(testURL_, 1);
+    row->addWidget(testApp_);
+    auto* column = new QVBoxLayout(group);
+    column->setSpacing(8);
+    column->addLayout(row);
+    column->addWidget(testResult_);
+    return group;
+}
+
+QWidget* SettingsMainWindow::makeOptions() {
+    auto* group = new QGroupBox(qt(SettingsView::optionsTitle));
+    menuBarIcon_ = new QCheckBox(qt(SettingsView::menuBarIconTitle));
+    identify(menuBarIcon_, SettingsControls::menuBarIcon);
+    connect(menuBarIcon_, &QCheckBox::toggled, this, [this](bool shows) {
+        if (shows != view_.showMenuBarIcon()) view_.setShowMenuBarIcon(shows);
+    });
+    auto* edit = makeButton(SettingsControls::editRules, SettingsView::editRulesTitle);
+    connect(edit, &QPushButton::clicked, this, [this] { view_.editRules(); });
+    auto* log = makeButton(SettingsControls::showLog, SettingsView::showLogTitle);
+    connect(log, &QPushButton::clicked, this, [this] { view_.showLog(); });
+    version_ = plainLabel(view_.version(), false);
+    identify(version_, SettingsControls::version);
+
+    auto* row = new QHBoxLayout(group);
+    row->setSpacing(12);
+    row->addWidget(menuBarIcon_);
+    row->addWidget(edit);
+    row->addWidget(log);
+    row->addStretch(1);
+    row->addWidget(version_);
+    return group;
+}
+
+QWidget* SettingsMainWindow::makeProblem() {
+    problem_ = new QWidget;
+    problemText_ = plainLabel();
+    identify(problemText_, SettingsControls::problem);
+    problemText_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* row = new QHBoxLayout(problem_);
+    row->setContentsMargins({});
+    row->setSpacing(8);
+    row->addWidget(new Symbol("exclamationmark.triangle", Tint::red));
+    row->addWidget(problemText_, 1);
+    return problem_;
+}
+
+void SettingsMainWindow::renderSoon() {
+    if (!rendering_.isActive()) rendering_.start(0);
+}
+
+void SettingsMainWindow::render() {
+    defaultBrowser_->show(view_.defaultBrowserBanner());
+    const auto helper = view_.helperBanner();
+    if (helper) helper_->show(*helper);
+    helper_->setVisible(helper.has_value());
+
+    const Config& config = view_.store().config();
+    noRules_->setVisible(config.rules.empty());
+    rules_->setVisible(!config.rules.empty());
+    rules_->render();
+    defaultProfile_->showChoices(view_.profileChoices(config.defaultProfile));
+    renderTester();
+    menuBarIcon_->setChecked(view_.showMenuBarIcon());
+
+    const auto& problem = view_.store().problem();
+    problemText_->setText(qt(problem.value_or("")));
+    problem_->setVisible(problem.has_value());
+}
+
+void SettingsMainWindow::renderTester() {
+    testURL_->showText(view_.testURL());
+    ProfilePicker::Choices senders{{{std::string(SettingsView::unknownApp), ""}}};
+    for (const RunningApp& app : view_.runningApps()) {
+        if (app.id == view_.testAppPid()) senders.current = senders.all.size();
+        senders.all.push_back({app.name, std::to_string(app.id)});
+    }
+    testApp_->showChoices(senders);
+    const QString result = qt(view_.testResult());
+    if (result != testResult_->text()) testResult_->setText(result);
+}
+
+void SettingsMainWindow::present() {
+    if (isMinimized()) showNormal();
+    show();
+    raise();
+    activateWindow();
+}
+
+void SettingsMainWindow::showEvent(QShowEvent* event) {
+    if (!event->spontaneous()) {
+        view_.refresh();
+        watchRules();
+        rendering_.stop();
+        render();
+    }
+    QMainWindow::showEvent(event);
+}
+
+void SettingsMainWindow::closeEvent(QCloseEvent* event) {
+    if (QWidget* const focused = focusWidget()) focused->clearFocus();
+    saveFrame();
+    const QStringList watched = watcher_.files() + watcher_.directories();
+    if (!watched.isEmpty()) watcher_.removePaths(watched);
+    QMainWindow::closeEvent(event);
+}
+
+// An editor may replace the file, or that which it is a link to, or write into it.
+void SettingsMainWindow::watchRules() {
+    const QFileInfo file(qt(view_.store().fileURL().string()));
+    QStringList paths{file.absolutePath(), file.absoluteFilePath()};
+    if (const QString target = file.canonicalFilePath(); !target.isEmpty()) {
+        paths << target << QFileInfo(target).absolutePath();
+    }
+    const QStringList watched = watcher_.files() + watcher_.directories();
+    for (const QString& path : paths) {
+        if (!watched.contains(path) && QFileInfo::exists(path)) watcher_.addPath(path);
+    }
+}
+
+void SettingsMainWindow::moveEvent(QMoveEvent* event) {
+    QMainWindow::moveEvent(event);
+    if (isVisible()) frameSaving_.start();
+}
+
+void SettingsMainWindow::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    if (isVisible()) frameSaving_.start();
+}
+
+void SettingsMainWindow::saveFrame() {
+    frameSaving_.stop();
+    if (frameChanged_) frameChanged_(saveGeometry().toBase64().toStdString());
+}
+
+void SettingsMainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
+        applyColours();
+    }
+}
+
+void SettingsMainWindow::applyColours() {
+    for (QWidget* text : {static_cast<QWidget*>(hint_), static_cast<QWidget*>(caption_),
+                          static_cast<QWidget*>(testResult_), static_cast<QWidget*>(version_)}) {
+        setColour(text, Tint::secondary);
+    }
+    setColour(problemText_, Tint::red);
+    setFontScale(testResult_, 0.95);
+    setFontScale(version_, 0.85);
+    update();
+}
+
+// A click beside the field that is being edited ends the editing.
+bool SettingsMainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress && isActiveWindow()) {
+        const auto* clicked = qobject_cast<QWidget*>(watched);
+        QWidget* const focused = focusWidget();
+        const bool isEditing = qobject_cast<QLineEdit*>(focused) != nullptr && focused->hasFocus();
+        const bool isLeft = static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
+        if (isEditing && isLeft && clicked != nullptr && clicked->window() == this &&
+            qobject_cast<const QLineEdit*>(clicked) == nullptr) {
+            focused->clearFocus();
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+}  // namespace ferrivane

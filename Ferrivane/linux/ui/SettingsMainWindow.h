@@ -1,0 +1,78 @@
+// The settings window.
+#pragma once
+
+#include <QFileSystemWatcher>
+#include <QMainWindow>
+#include <QTimer>
+#include <functional>
+#include <string>
+
+#include "Ferrivane/Observers.h"
+#include "Ferrivane/SettingsView.h"
+#include "Ferrivane/linux/Toolkit.h"
+
+class QCheckBox;
+class QLabel;
+class QPushButton;
+
+namespace ferrivane {
+
+class Banner;
+class Combo;
+class Field;
+class RulesList;
+class Symbol;
+
+class SettingsMainWindow : public QMainWindow {
+  public:
+    // The view outlives this.
+    SettingsMainWindow(SettingsView& view, const SettingsWindowSetup& setup);
+
+    // In front of the others.
+    void present();
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    QWidget* makeRules();
+    QWidget* makeTester();
+    QWidget* makeOptions();
+    QWidget* makeProblem();
+    void renderSoon();
+    void render();
+    void renderTester();
+    void applyColours();
+    void watchRules();
+    void saveFrame();
+
+    SettingsView& view_;
+    const std::function<void(const std::string&)> frameChanged_;
+    Observers::Subscription storeChanges_;
+    Observers::Subscription viewChanges_;
+    QTimer rendering_;
+    QTimer frameSaving_;
+    QFileSystemWatcher watcher_;
+
+    Banner* defaultBrowser_;
+    Banner* helper_;
+    QLabel* noRules_;
+    RulesList* rules_;
+    QLabel* hint_;
+    Combo* defaultProfile_;
+    QLabel* caption_;
+    Field* testURL_;
+    Combo* testApp_;
+    QLabel* testResult_;
+    QCheckBox* menuBarIcon_;
+    QLabel* version_;
+    QWidget* problem_;
+    QLabel* problemText_;
+};
+
+}  // namespace ferrivane
