@@ -26,6 +26,7 @@ void RulesStore::reload() {
     loading_ = false;
 
     willChange.tell();
+    platform_.browser.locate();
     helper_ = HelperScript::state(platform_);
     ProfileSource::load(
         platform_, [this, alive = std::weak_ptr(alive_)](const ProfileSource::Profiles& profiles) {

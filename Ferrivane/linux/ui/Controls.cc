@@ -83,9 +83,30 @@ void Combo::paintEvent(QPaintEvent*) {
     painter.drawControl(QStyle::CE_ComboBoxLabel, option);
 }
 
+Field::Field(QWidget* parent) : QLineEdit(parent) {
+    dimPlaceholder();
+}
+
+// A dark theme of the desktop may leave the placeholder in the colour of the light one.
+void Field::dimPlaceholder() {
+    QPalette dimmed = palette();
+    QColor ink = dimmed.color(QPalette::Text);
+    ink.setAlphaF(0.55F);
+    if (dimmed.color(QPalette::PlaceholderText) == ink) return;
+    dimmed.setColor(QPalette::PlaceholderText, ink);
+    setPalette(dimmed);
+}
+
+void Field::changeEvent(QEvent* event) {
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) dimPlaceholder();
+}
+
 void Field::showText(std::string_view text) {
     const QString shown = qt(text);
-    if (shown != this->text()) setText(shown);
+    if (shown == this->text()) return;
+    setText(shown);
+    if (!hasFocus()) setCursorPosition(0);  // a long text shows its beginning
 }
 
 void Field::dragEnterEvent(QDragEnterEvent* event) {

@@ -54,13 +54,17 @@ class Combo : public QComboBox {
 // A rule dragged over it goes on to the list.
 class Field : public QLineEdit {
   public:
-    using QLineEdit::QLineEdit;
+    explicit Field(QWidget* parent = nullptr);
 
     // Keeps the cursor and what can be undone when the text is the same.
     void showText(std::string_view text);
 
   protected:
+    void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+
+  private:
+    void dimPlaceholder();
 };
 
 }  // namespace ferrivane

@@ -86,7 +86,7 @@ void installMenuBar(QMainWindow& window, const std::vector<Menu>& menus,
                     const std::function<void(Command)>& others,
                     const std::function<void()>& about) {
     for (const Menu& menu : menus) {
-        QMenu* const shown = window.menuBar()->addMenu(qt(menu.title));
+        QMenu* const shown = window.menuBar()->addMenu("&" + qt(menu.title));
         for (const MenuItem& item : menu.items) {
             if (item.command == Command::separator) {
                 shown->addSeparator();

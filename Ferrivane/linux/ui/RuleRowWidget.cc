@@ -110,7 +110,7 @@ void RuleRowWidget::bind(std::size_t index) {
     for (std::size_t i = 0; i < RuleRow::kinds.size(); ++i) {
         if (RuleRow::kinds.at(i).kind == rule.kind) kind_->setCurrentIndex(static_cast<int>(i));
     }
-    if (isOther) match_->setText(qt(rule.match));  // what can be undone is the other rule's
+    if (isOther) match_->clear();  // what can be undone is the other rule's
     match_->showText(rule.match);
     match_->setPlaceholderText(qt(view_.matchPlaceholder(rule.kind)));
     fillIn_->setVisible(RuleRow::hasFillInMenu(rule.kind));

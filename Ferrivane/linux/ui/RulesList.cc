@@ -66,7 +66,7 @@ RulesList::RulesList(SettingsView& view, QWidget* parent)
     setFrameShape(NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setMinimumHeight(SettingsWindow::listHeight);
-    setFocusPolicy(Qt::NoFocus);
+    setFocusPolicy(Qt::ClickFocus);
     viewport()->setBackgroundRole(QPalette::Base);
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
@@ -176,10 +176,10 @@ RuleRowWidget* RulesList::unusedRow(std::vector<RuleRowWidget*>& unused, std::si
 
 // The Tab key goes through the rows as they are seen.
 void RulesList::chain() {
-    QWidget* last = nullptr;
+    QWidget* last = this;
     for (const RuleRowWidget* row : shown_) {
         for (QWidget* control : row->controls()) {
-            if (last != nullptr) setTabOrder(last, control);
+            setTabOrder(last, control);
             last = control;
         }
     }

@@ -164,6 +164,7 @@ QWidget* SettingsMainWindow::makeTester() {
     testResult_ = plainLabel();
     identify(testResult_, SettingsControls::testResult);
     testResult_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    testResult_->setFocusPolicy(Qt::StrongFocus);
 
     auto* row = new QHBoxLayout;
     row->setSpacing(12);
