@@ -1,0 +1,18 @@
+// The context menu of a rule in the list of the settings.
+#pragma once
+
+#import <Cocoa/Cocoa.h>
+
+#include "Ferrivane/SettingsView.h"
+
+@interface FVRuleContextMenu : NSMenu
+
+// The view outlives this.
+- (instancetype)initWithView:(ferrivane::SettingsView&)view NS_DESIGNATED_INITIALIZER;
+- (instancetype)initWithTitle:(NSString*)title NS_UNAVAILABLE;
+- (instancetype)initWithCoder:(NSCoder*)coder NS_UNAVAILABLE;
+
+// Empty when there is no such row.
+- (void)fillForRow:(NSInteger)row;
+
+@end
