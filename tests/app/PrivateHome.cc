@@ -6,11 +6,17 @@
 #include <stdlib.h>
 
 #include "tests/support/TempDir.h"
+#ifdef __APPLE__
+#include "tests/support/FoundationHome.h"
+#endif
 
 namespace ferrivane::test {
 namespace {
 
 std::unique_ptr<TempDir> home;  // goes away with the process
+#ifdef __APPLE__
+const std::filesystem::path foundation = foundationHome();
+#endif
 
 class PrivateHome : public ::testing::Environment {
   public:
@@ -36,7 +42,11 @@ const ::testing::Environment* const registered =
 }  // namespace
 
 std::filesystem::path privateHome() {
+#ifdef __APPLE__
+    return foundation;
+#else
     return home->path();
+#endif
 }
 
 }  // namespace ferrivane::test

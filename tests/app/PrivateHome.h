@@ -6,7 +6,7 @@
 
 namespace ferrivane::test {
 
-// Holds "config" and "state", which the environment names to everything that asks for folders.
+// Holds the folders of whatever asks for them.
 std::filesystem::path privateHome();
 
 }  // namespace ferrivane::test
