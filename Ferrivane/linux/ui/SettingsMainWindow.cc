@@ -6,10 +6,12 @@
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QMenuBar>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 
 #include "Ferrivane/SettingsWindow.h"
@@ -21,7 +23,8 @@
 namespace ferrivane {
 namespace {
 
-constexpr int kWatchMilliseconds = 50;   // one change of a file is told several times
+constexpr int kWatchMilliseconds = 50;  // one change of a file is told several times
+constexpr QMargins kGroupMargins(12, 8, 12, 8);
 constexpr int kFrameMilliseconds = 500;  // after the last move
 
 QPushButton* makeButton(const Control& control, std::string_view title) {
@@ -32,7 +35,9 @@ QPushButton* makeButton(const Control& control, std::string_view title) {
 
 // Its width is that of the whole text only if there is room.
 QLabel* stretching(QLabel* label) {
-    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QSizePolicy policy = label->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Ignored);
+    label->setSizePolicy(policy);
     return label;
 }
 
@@ -55,14 +60,13 @@ SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowS
     identify(this, SettingsControls::window);
     setWindowTitle(qt(SettingsWindow::title));
     setWindowIcon(applicationIcon());
-    setMinimumSize(SettingsWindow::minimumSize.width, SettingsWindow::minimumSize.height);
     installMenuBar(*this, setup.menus, setup.perform, [this] { showAbout(view_.version(), this); });
 
     auto* content = new QWidget;
     auto* column = new QVBoxLayout(content);
     constexpr int kPadding = SettingsWindow::padding;
     column->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
-    column->setSpacing(12);
+    column->setSpacing(10);
     defaultBrowser_ =
         new Banner(SettingsControls::defaultBrowserText, SettingsControls::makeDefault);
     connect(defaultBrowser_->button(), &QPushButton::clicked, this,
@@ -139,7 +143,8 @@ QWidget* SettingsMainWindow::makeRules() {
     otherwise->addWidget(caption_, 1);
 
     auto* column = new QVBoxLayout(group);
-    column->setSpacing(10);
+    column->setContentsMargins(kGroupMargins);
+    column->setSpacing(8);
     column->addWidget(noRules_, 1);
     column->addWidget(rules_, 1);
     column->addLayout(below);
@@ -171,7 +176,8 @@ QWidget* SettingsMainWindow::makeTester() {
     row->addWidget(testURL_, 1);
     row->addWidget(testApp_);
     auto* column = new QVBoxLayout(group);
-    column->setSpacing(8);
+    column->setContentsMargins(kGroupMargins);
+    column->setSpacing(6);
     column->addLayout(row);
     column->addWidget(testResult_);
     return group;
@@ -192,6 +198,7 @@ QWidget* SettingsMainWindow::makeOptions() {
     identify(version_, SettingsControls::version);
 
     auto* row = new QHBoxLayout(group);
+    row->setContentsMargins(kGroupMargins);
     row->setSpacing(12);
     row->addWidget(menuBarIcon_);
     row->addWidget(edit);
@@ -235,6 +242,14 @@ void SettingsMainWindow::render() {
     const auto& problem = view_.store().problem();
     problemText_->setText(qt(problem.value_or("")));
     problem_->setVisible(problem.has_value());
+}
+
+// Large letters, or every line there is, may need more than is usual.
+void SettingsMainWindow::keepRoom() {
+    const QLayout* const content = centralWidget()->layout();
+    const int width = std::max(SettingsWindow::minimumSize.width, content->minimumSize().width());
+    const int height = content->minimumHeightForWidth(width) + menuBar()->sizeHint().height();
+    setMinimumSize(width, std::max(SettingsWindow::minimumSize.height, height));
 }
 
 void SettingsMainWindow::renderTester() {
@@ -322,6 +337,7 @@ void SettingsMainWindow::applyColours() {
 
 // A click beside the field that is being edited ends the editing.
 bool SettingsMainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest && watched == centralWidget()) keepRoom();
     if (event->type() == QEvent::MouseButtonPress && isActiveWindow()) {
         const auto* clicked = qobject_cast<QWidget*>(watched);
         QWidget* const focused = focusWidget();

@@ -47,6 +47,7 @@ class SettingsMainWindow : public QMainWindow {
     void renderSoon();
     void render();
     void renderTester();
+    void keepRoom();
     void applyColours();
     void watchRules();
     void saveFrame();
