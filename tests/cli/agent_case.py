@@ -8,6 +8,7 @@ from fake_browser import FakeBrowser
 from program_case import LONG, PROGRAM, ProgramCase, Ran, main, wait_until  # noqa: F401
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
+from display import Display  # noqa: E402
 from session_bus import SessionBus, write_description  # noqa: E402,F401
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
@@ -15,10 +16,14 @@ NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 
 class AgentCase(ProgramCase):
     session = {}  # variables of the whole session, the bus included
+    shows_windows = False  # on a display of the test's own
 
     def setUp(self):
         super().setUp()
         self.env |= self.session
+        self.display = Display(self.processes) if self.shows_windows else None
+        if self.display:
+            self.env["DISPLAY"] = self.display.name
         # Without blanks, wherever it was built: neither the bus nor a desktop knows how to quote.
         self.program = self.root / "Ferrivane"
         self.program.symlink_to(PROGRAM)
@@ -30,10 +35,32 @@ class AgentCase(ProgramCase):
     def tearDown(self):
         try:
             self.processes.end(self.processes.running(PROGRAM))
+            if self.display:
+                self.display.end()
             if self.bus.daemon.poll() is None:
                 self.bus.stop()
         finally:
             super().tearDown()
+
+    # The settings.
+
+    def settings(self):
+        """The visible windows of the application."""
+        return [window for agent in self.agents() for window in self.display.windows(agent)]
+
+    def wait_for_settings(self):
+        """Their window, once the keys go to it."""
+        def window():
+            active = self.display.active()
+            return active if self.settings() == [active] else None
+        window = wait_until(window, LONG, "the settings, active")
+        self.assertEqual(self.display.name_of(window), "Ferrivane")
+        return window
+
+    def close_settings(self, keys="ctrl+w"):
+        self.wait_for_settings()
+        self.display.press(keys)
+        wait_until(lambda: not self.settings(), LONG, f"end of the settings after {keys}")
 
     # Documents that the application opens.
 

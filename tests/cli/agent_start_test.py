@@ -7,20 +7,21 @@ from agent_case import LONG, NO_BUS, AgentCase, Ran, main, wait_until
 
 DONE = Ran(0, "", "")
 
+
 class AgentStart(AgentCase):
-    session = {"DISPLAY": ":97"}  # none is there; nothing is drawn
+    shows_windows = True
 
     def setUp(self):
         super().setUp()
         self.write_rules()
-        self.install_editor()
 
-    # The settings are shown in the person's application for the rules.
+    def assert_settings_shown(self):
+        """And closes them, so that they can be shown again."""
+        self.close_settings()
 
-    def assert_settings_shown(self, times=1, settle=0.0):
-        wait_until(lambda: len(self.opened()) >= times, LONG, f"settings shown {times} times")
-        time.sleep(settle)
-        self.assertEqual(self.opened(), [str(self.rules_file)] * times)
+    def assert_no_settings(self, seconds=0.3):
+        time.sleep(seconds)
+        self.assertEqual(self.settings(), [])
 
     def test_of_two_at_once_one_stays(self):
         caller = self.caller()
@@ -33,9 +34,9 @@ class AgentStart(AgentCase):
             wait_until(caller.owner, LONG, "an agent")
             self.assertEqual(caller.owner(), stays.pid)
             self.assertIsNone(stays.poll())
+            self.assertEqual(self.settings(), [])
             self.end(stays)
             wait_until(lambda: not caller.owner(), LONG, "end of the other")
-        self.assertEqual(self.opened(), [])
 
     def test_the_bus_starts_one_that_stays(self):
         caller = self.caller()
@@ -45,8 +46,7 @@ class AgentStart(AgentCase):
 
     def test_agent_shows_nothing_of_itself(self):
         self.start_agent()
-        time.sleep(1.3)
-        self.assertEqual(self.opened(), [])
+        self.assert_no_settings(1.3)
         self.assertIn(" started (agent)\n", self.log())
 
     def test_start_by_the_person_shows_the_settings(self):
@@ -65,8 +65,7 @@ class AgentStart(AgentCase):
         wait_until(caller.owner, LONG, "the application on the bus")
         self.assertEqual(caller.open("https://a/").error, "")
         self.assertEqual(browser.arguments()[-1], b"https://a/")
-        time.sleep(1.3)
-        self.assertEqual(self.opened(), [])
+        self.assert_no_settings(1.3)
         self.end(first)
 
     def test_second_start_shows_the_settings_of_the_first(self):
@@ -75,29 +74,31 @@ class AgentStart(AgentCase):
         self.assert_settings_shown()
         self.assertEqual(self.agents(), [agent.pid])
         self.assertEqual(self.run_program("--agent"), DONE)
-        self.assert_settings_shown(settle=0.3)
+        self.assert_no_settings()
 
     def test_own_links_show_the_settings_of_the_running_agent(self):
         agent = self.start_agent()
-        for times, link in enumerate(("ferrivane:settings", "FERRIVANE://x", "Ferrivane:"), 1):
+        for link in ("ferrivane:settings", "FERRIVANE://x", "Ferrivane:"):
             self.assertEqual(self.run_program(link), DONE)
-            self.assert_settings_shown(times)
+            self.assert_settings_shown()
         self.assertEqual(self.caller().open("ferrivane:settings", "FERRIVANE://x").error, "")
-        self.assert_settings_shown(4, settle=0.3)
+        self.assert_settings_shown()
+        self.assert_no_settings()
         self.assertEqual(self.agents(), [agent.pid])
         self.assertNotIn("WARN", self.log())
 
     def test_own_links_start_an_agent(self):
-        for times, link in enumerate(("ferrivane:settings", "FERRIVANE://x"), 1):
+        for link in ("ferrivane:settings", "FERRIVANE://x"):
             self.assertEqual(self.run_program(link), DONE)
-            self.assert_settings_shown(times, settle=0.2)
+            self.assert_settings_shown()
             agent, = self.agents()
             self.assertEqual(agent, self.caller().owner())
             self.processes.end([agent])
 
     def test_own_link_without_a_bus_starts_the_application(self):
         child = self.start("ferrivane:", env=NO_BUS)
-        self.assert_settings_shown(settle=1.3)
+        self.assert_settings_shown()
+        self.assert_no_settings(1.3)
         self.assertIsNone(child.poll())
         self.assertIn("[WARN] no session bus: links reach Ferrivane only as operands", self.log_lines())
         self.end(child)
@@ -127,14 +128,43 @@ class AgentStart(AgentCase):
         self.assertEqual(self.caller().owner(), agent.pid)
 
     def test_actions_of_the_desktop_entry(self):
+        self.install_editor()
         self.start_agent()
         caller = self.caller()
-        files = {"settings": self.rules_file, "edit-rules": self.rules_file, "show-log": self.log_file}
+        self.assertEqual(caller.action("settings").error, "")
+        self.assert_settings_shown()
+        files = {"edit-rules": self.rules_file, "show-log": self.log_file}
         for times, (action, file) in enumerate(files.items(), 1):
             self.assertEqual(caller.action(action).error, "")
             wait_until(lambda: len(self.opened()) == times, LONG, action)
             self.assertEqual(self.opened()[-1], str(file))
         self.assertEqual(caller.action("nonsense").error, "org.freedesktop.DBus.Error.InvalidArgs")
+        self.assert_no_settings()
+
+    def test_agent_stays_when_the_settings_are_closed(self):
+        agent = self.start_agent()
+        browser = self.start_browser()
+        caller = self.caller()
+        for number, keys in enumerate(("ctrl+w", "alt+F4", "ctrl+w")):
+            self.assertEqual(caller.activate().error, "")
+            self.close_settings(keys)
+            self.assertEqual(caller.open(f"https://a/{number}").error, "")
+            self.assertEqual(browser.arguments(number)[-1], f"https://a/{number}".encode())
+        self.assertEqual(self.agents(), [agent.pid])
+        self.assertEqual(self.end(agent), DONE)
+
+    def test_settings_that_are_shown_come_to_the_front(self):
+        self.start_agent()
+        caller = self.caller()
+        self.assertEqual(caller.activate().error, "")
+        window = self.wait_for_settings()
+        self.display.minimise(window)
+        wait_until(lambda: not self.settings(), LONG, "an icon")
+        self.assertEqual(caller.activate().error, "")
+        self.assertEqual(self.wait_for_settings(), window)
+        self.assertEqual(caller.activate().error, "")
+        time.sleep(0.2)
+        self.assertEqual(self.wait_for_settings(), window)
 
     def test_status_tells_of_the_agent_and_starts_none(self):
         def line(**options):
@@ -154,6 +184,32 @@ class AgentStart(AgentCase):
         self.assertEqual(self.run_program(env={"XDG_ACTIVATION_TOKEN": "to ken"}), DONE)
         self.assert_settings_shown()
         self.assertNotIn("to ken", self.log())
+
+
+class AgentWithoutDisplay(AgentCase):
+    session = {"DISPLAY": ":97"}  # none is there
+
+    def refusal(self):
+        return f"Ferrivane: cannot show the settings: no display; the rules are in {self.rules_file}\n"
+
+    def test_agent_that_cannot_show_the_settings_says_where_the_rules_are(self):
+        agent = self.start_agent()
+        browser = self.start_browser()
+        caller = self.caller()
+        for _ in range(2):
+            self.assertEqual(self.run_program(), DONE)
+        self.assertEqual(caller.action("settings").error, "")
+        self.assertEqual(caller.open("https://a/").error, "")
+        self.assertEqual(browser.arguments()[-1], b"https://a/")
+        self.assertEqual(self.end(agent), Ran(0, "", 3 * self.refusal()))
+
+    def test_start_by_the_person(self):
+        for env in ({}, {"DISPLAY": ""}, NO_BUS):
+            with self.subTest(env):
+                child = self.start(env=env)
+                time.sleep(1.3)
+                self.assertIsNone(child.poll())
+                self.assertEqual(self.end(child).err, self.refusal())
 
 
 if __name__ == "__main__":

@@ -20,6 +20,7 @@ import time
 from pathlib import Path
 from typing import NamedTuple
 
+from display import Display, program
 from processes import Processes, shorten, wait_until
 from session_bus import APPLICATION, SessionBus, write_description
 from webserver import HOME, PLAY, PROFILES, SHOP, WORK, Profile, WebServer  # noqa: F401
@@ -32,13 +33,6 @@ class Sent(NamedTuple):
     stderr: str
     seconds: float  # until it had ended and nothing held its output any more
     log: str  # what it appended to the log
-
-
-def program(name, package):
-    path = shutil.which(name)
-    if not path:
-        raise RuntimeError(f"{name} is missing; Debian has it in the package {package}")
-    return path
 
 
 def browser_binary():
@@ -77,7 +71,7 @@ class Desktop:
         self.server = WebServer()
         self._undo.callback(self.server.server_close)
         self._undo.callback(self.server.shutdown)
-        self.env["DISPLAY"] = display or self._start_display(size)
+        self.env["DISPLAY"] = display or Display(self.processes, size).name
 
     def close(self):
         """Ends every process and removes every file. Again: nothing."""
@@ -127,29 +121,6 @@ class Desktop:
         bus = f"unix:path={env['XDG_RUNTIME_DIR']}/no-bus"
         return env | {"XDG_DATA_DIRS": str(system), "XDG_CONFIG_DIRS": str(system), "LC_ALL": "C.UTF-8",
                       "DBUS_SESSION_BUS_ADDRESS": bus, "DBUS_SYSTEM_BUS_ADDRESS": bus}
-
-    def _start_display(self, size):
-        server, manager = program("Xvfb", "xvfb"), program("openbox", "openbox")
-        reading, writing = os.pipe()
-        # With its parent gone the server ends, and with the server all who draw on it.
-        self.processes.start(
-            [program("setpriv", "util-linux"), "--pdeathsig", "TERM", server, "-displayfd", str(writing),
-             "-screen", "0", size + "x24", "-nolisten", "tcp", "-noreset"],
-            pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(writing)
-        with os.fdopen(reading) as pipe:
-            number = pipe.readline().strip()
-        if not number:
-            raise RuntimeError("Xvfb did not start")
-        display = f":{number}"
-        on_display = {"env": self.env | {"DISPLAY": display}, "stdout": subprocess.DEVNULL,
-                      "stderr": subprocess.DEVNULL}
-        self.processes.start([manager], **on_display)
-        # A window that comes before the manager is ready may never be shown.
-        desktop_number = [program("xdotool", "xdotool"), "get_desktop"]
-        wait_until(lambda: subprocess.run(desktop_number, timeout=20, **on_display).returncode == 0, 20,
-                   "a window manager")
-        return display
 
     def start_bus(self):
         """A session bus for whatever is started from now on; it starts nothing but Ferrivane."""
