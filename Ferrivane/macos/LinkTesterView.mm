@@ -33,10 +33,8 @@ static constexpr CGFloat kLineSpacing = 8;
     Views::identify(_url, SettingsControls::testURL);
 
     _app = [[NSPopUpButton alloc] initWithFrame:NSZeroRect pullsDown:NO];
-    _app.target = self;
-    _app.action = @selector(chooseApp:);
     Views::identify(_app, SettingsControls::testApp);
-    Views::fixWidth(_app, SettingsWindow::senderWidth);
+    Views::setUp(_app, SettingsWindow::senderWidth, self, @selector(chooseApp:));
     [self fillMenu];
 
     _result = Views::wrappingLabel();

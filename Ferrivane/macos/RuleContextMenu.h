@@ -5,6 +5,12 @@
 
 #include "Ferrivane/SettingsView.h"
 
+// Pressed with FVMoveModifiers they move the rule that has the focus.
+extern NSString* const FVMoveUpKey;
+extern NSString* const FVMoveDownKey;
+inline constexpr NSEventModifierFlags FVMoveModifiers =
+    NSEventModifierFlagOption | NSEventModifierFlagCommand;
+
 @interface FVRuleContextMenu : NSMenu
 
 // The view outlives this.

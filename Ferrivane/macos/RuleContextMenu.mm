@@ -8,6 +8,10 @@
 using namespace ferrivane;
 using Action = RuleRow::ContextItem::Action;
 
+NSString* const FVMoveUpKey = @"\uF700";
+NSString* const FVMoveDownKey = @"\uF701";
+static_assert(NSUpArrowFunctionKey == 0xF700 && NSDownArrowFunctionKey == 0xF701);
+
 @implementation FVRuleContextMenu {
     SettingsView* _view;
     std::optional<Uuid> _rule;
@@ -36,6 +40,9 @@ using Action = RuleRow::ContextItem::Action;
         NSMenuItem* added = [self addItemWithTitle:nsString(item.title)
                                             action:@selector(choose:)
                                      keyEquivalent:@""];
+        if (item.action == Action::moveUp) added.keyEquivalent = FVMoveUpKey;
+        if (item.action == Action::moveDown) added.keyEquivalent = FVMoveDownKey;
+        added.keyEquivalentModifierMask = FVMoveModifiers;
         added.target = self;
         added.tag = NSInteger(item.action);
         added.enabled = item.isEnabled;

@@ -8,14 +8,11 @@
 #include "Ferrivane/SettingsWindow.h"
 #import "Ferrivane/macos/Conversions.h"
 #import "Ferrivane/macos/ProfilePickerView.h"
+#import "Ferrivane/macos/RuleContextMenu.h"
 #import "Ferrivane/macos/ViewParts.h"
 
 using namespace ferrivane;
 namespace Measures = ferrivane::SettingsWindow::Row;
-
-static NSString* const kUp = @"\uF700";
-static NSString* const kDown = @"\uF701";
-static_assert(NSUpArrowFunctionKey == 0xF700 && NSDownArrowFunctionKey == 0xF701);
 
 // Tells when it takes the focus; its delegate hears only of the first key.
 @interface FVMatchField : NSTextField
@@ -91,9 +88,7 @@ static_assert(NSUpArrowFunctionKey == 0xF700 && NSDownArrowFunctionKey == 0xF701
     std::vector<std::string> kinds;
     for (const auto& kind : RuleRow::kinds) kinds.emplace_back(kind.label);
     Views::setTitles(_kind, kinds);
-    _kind.target = self;
-    _kind.action = @selector(chooseKind:);
-    Views::fixWidth(_kind, Measures::kindWidth);
+    Views::setUp(_kind, Measures::kindWidth, self, @selector(chooseKind:));
 
     _match = (FVMatchField*)Views::field(FVMatchField.class);
     _match.row = self;
@@ -108,9 +103,7 @@ static_assert(NSUpArrowFunctionKey == 0xF700 && NSDownArrowFunctionKey == 0xF701
     [self fillMenu];
 
     _profile = [[FVProfilePickerView alloc] initWithFrame:NSZeroRect pullsDown:NO];
-    _profile.target = self;
-    _profile.action = @selector(chooseProfile:);
-    Views::fixWidth(_profile, Measures::profileWidth);
+    Views::setUp(_profile, Measures::profileWidth, self, @selector(chooseProfile:));
 
     _remove = Views::borderless("minus.circle", RuleRow::removeToolTip, self, @selector(remove:));
 }
@@ -223,15 +216,13 @@ static_assert(NSUpArrowFunctionKey == 0xF700 && NSDownArrowFunctionKey == 0xF701
     return [focused isKindOfClass:NSView.class] && [(NSView*)focused isDescendantOf:self];
 }
 
-// Option and Command with an arrow move the rule in which the focus is.
 - (BOOL)performKeyEquivalent:(NSEvent*)event {
-    const NSEventModifierFlags keys = NSEventModifierFlagCommand | NSEventModifierFlagOption;
     const NSEventModifierFlags others = NSEventModifierFlagControl | NSEventModifierFlagShift;
-    const bool isUp = [event.charactersIgnoringModifiers isEqualToString:kUp];
-    const bool isDown = [event.charactersIgnoringModifiers isEqualToString:kDown];
-    if ((event.modifierFlags & (keys | others)) != keys || !(isUp || isDown) || !self.holdsFocus) {
-        return [super performKeyEquivalent:event];
-    }
+    const bool isUp = [event.charactersIgnoringModifiers isEqualToString:FVMoveUpKey];
+    const bool isDown = [event.charactersIgnoringModifiers isEqualToString:FVMoveDownKey];
+    const bool isMove =
+        (isUp || isDown) && (event.modifierFlags & (FVMoveModifiers | others)) == FVMoveModifiers;
+    if (!isMove || !self.holdsFocus) return [super performKeyEquivalent:event];
     const Uuid rule = *_rule;
     _view->move(rule, isUp ? -1 : 1);
     _view->setFocusedRule(rule);

@@ -25,7 +25,7 @@ static constexpr CGFloat kInset = 2;
 }
 
 - (instancetype)initWithView:(SettingsView&)view {
-    self = [super initWithFrame:NSZeroRect];
+    self = [super initWithFrame:Views::kSomeFrame];
     if (!self) return nil;
     _view = &view;
     self.boxType = NSBoxCustom;
@@ -52,6 +52,11 @@ static constexpr CGFloat kInset = 2;
     scroll.hasVerticalScroller = YES;
     scroll.borderType = NSNoBorder;
     scroll.drawsBackground = NO;
+    scroll.contentView.postsFrameChangedNotifications = YES;
+    [NSNotificationCenter.defaultCenter addObserver:self
+                                           selector:@selector(widthChanged:)
+                                               name:NSViewFrameDidChangeNotification
+                                             object:scroll.contentView];
     Views::fill(self.contentView, scroll, kInset);
     [self.heightAnchor constraintGreaterThanOrEqualToConstant:SettingsWindow::listHeight].active =
         YES;
@@ -62,8 +67,7 @@ static constexpr CGFloat kInset = 2;
     return _table;
 }
 
-- (void)layout {
-    [super layout];
+- (void)widthChanged:(NSNotification*)notification {
     [_table sizeLastColumnToFit];
 }
 

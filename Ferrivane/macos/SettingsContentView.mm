@@ -109,11 +109,10 @@ static constexpr CGFloat kLineSpacing = 8;
     NSTextField* hint = Views::secondaryLabel(SettingsView::rulesHint);
 
     _defaultProfile = [[FVProfilePickerView alloc] initWithFrame:NSZeroRect pullsDown:NO];
-    _defaultProfile.target = self;
-    _defaultProfile.action = @selector(chooseDefaultProfile:);
     _defaultProfile.toolTip = nsString(SettingsView::defaultProfileToolTip);
     Views::identify(_defaultProfile, Controls::defaultProfile);
-    Views::fixWidth(_defaultProfile, SettingsWindow::defaultProfileWidth);
+    Views::setUp(_defaultProfile, SettingsWindow::defaultProfileWidth, self,
+                 @selector(chooseDefaultProfile:));
     NSTextField* caption = Views::secondaryLabel(SettingsView::defaultProfileCaption);
 
     NSStackView* rules = Views::column(

@@ -11,6 +11,9 @@
 
 namespace ferrivane::Views {
 
+// For a box to begin with: one of no size has no place for its margins.
+inline constexpr NSRect kSomeFrame{{0, 0}, {400, 200}};
+
 // Gives a view its identifier and the name that is read out.
 void identify(NSView* view, const Control& control);
 void identifyInRow(NSView* view, const Control& control, std::size_t index);
@@ -27,6 +30,9 @@ NSTextField* field(Class type = NSTextField.class);
 void setText(NSTextField* field, std::string_view text);
 NSButton* button(const Control& control, std::string_view title, id target, SEL action);
 NSButton* borderless(std::string_view symbol, std::string_view toolTip, id target, SEL action);
+
+// A long choice is shortened.
+void setUp(NSPopUpButton* popUp, int width, id target, SEL action);
 
 // Views side by side. At most one of them takes the width that is left: the one that stretches.
 NSStackView* row(NSArray<NSView*>* views);

@@ -97,6 +97,13 @@ NSButton* borderless(std::string_view symbol, std::string_view toolTip, id targe
     return button;
 }
 
+void setUp(NSPopUpButton* popUp, int width, id target, SEL action) {
+    popUp.cell.lineBreakMode = NSLineBreakByTruncatingTail;
+    popUp.target = target;
+    popUp.action = action;
+    fixWidth(popUp, width);
+}
+
 NSStackView* row(NSArray<NSView*>* views) {
     NSStackView* row = [NSStackView stackViewWithViews:views];
     row.orientation = NSUserInterfaceLayoutOrientationHorizontal;
@@ -124,7 +131,7 @@ NSStackView* column(NSArray<NSView*>* views, CGFloat spacing) {
 }
 
 NSBox* group(std::string_view title, NSView* content) {
-    NSBox* box = [[NSBox alloc] init];
+    NSBox* box = [[NSBox alloc] initWithFrame:kSomeFrame];
     box.boxType = NSBoxPrimary;
     box.title = nsString(title);
     box.titlePosition = NSAtTop;

@@ -139,6 +139,7 @@ TEST_F(SettingsEditTest, TheContextMenuIsThatOfTheRule) {
     NSMenu* menu = contextMenu(0);
     ASSERT_EQ(menu.numberOfItems, 4);
     EXPECT_EQ(utf8([menu itemAtIndex:0].title), "Move Up");
+    EXPECT_TRUE([[menu itemAtIndex:0].keyEquivalent isEqualToString:FVMoveUpKey]);
     EXPECT_FALSE([menu itemAtIndex:0].enabled);
     EXPECT_TRUE([menu itemAtIndex:1].enabled);
     EXPECT_TRUE([menu itemAtIndex:2].separatorItem);
@@ -160,15 +161,15 @@ TEST_F(SettingsEditTest, TheContextMenuMovesAndRemoves) {
 
 TEST_F(SettingsEditTest, ArrowsMoveTheRuleThatHasTheFocusAndItKeepsIt) {
     edit(0);
-    EXPECT_TRUE(press(@"\uF701"));
+    EXPECT_TRUE(press(FVMoveDownKey));
     EXPECT_THAT(savedMatches(), ElementsAre("b", "a.example", "Mail"));
     EXPECT_NE(matchOf(1).currentEditor, nil);
     EXPECT_EQ(view->focusedRule(), id(1));
-    EXPECT_TRUE(press(@"\uF700"));
+    EXPECT_TRUE(press(FVMoveUpKey));
     EXPECT_THAT(savedMatches(), ElementsAre("a.example", "b", "Mail"));
     EXPECT_NE(matchOf(0).currentEditor, nil);
     endEditing();
-    EXPECT_FALSE(press(@"\uF701")) << "no rule has the focus";
+    EXPECT_FALSE(press(FVMoveDownKey)) << "no rule has the focus";
 }
 
 TEST_F(SettingsEditTest, TheTabKeyGoesThroughTheRow) {
