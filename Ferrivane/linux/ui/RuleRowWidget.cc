@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSignalBlocker>
 #include <QStyleOptionFocusRect>
 #include <utility>
 
@@ -78,7 +79,8 @@ RuleRowWidget::RuleRowWidget(SettingsView& view, Requests requests, QWidget* par
     connect(kind_, &QComboBox::activated, this, [this](int chosen) {
         view_.setKind(*rule_, RuleRow::kinds.at(static_cast<std::size_t>(chosen)).kind);
     });
-    connect(match_, &QLineEdit::textEdited, this,
+    // Not textEdited: assistive programs set the text.
+    connect(match_, &QLineEdit::textChanged, this,
             [this](const QString& text) { view_.setMatch(*rule_, text.toStdString()); });
     match_->installEventFilter(this);
     connect(profile_, &QComboBox::activated, this,
@@ -110,8 +112,11 @@ void RuleRowWidget::bind(std::size_t index) {
     for (std::size_t i = 0; i < RuleRow::kinds.size(); ++i) {
         if (RuleRow::kinds.at(i).kind == rule.kind) kind_->setCurrentIndex(static_cast<int>(i));
     }
-    if (isOther) match_->clear();  // what can be undone is the other rule's
-    match_->showText(rule.match);
+    {
+        const QSignalBlocker shown(match_);  // nobody edits here
+        if (isOther) match_->clear();        // what can be undone is the other rule's
+        match_->showText(rule.match);
+    }
     match_->setPlaceholderText(qt(view_.matchPlaceholder(rule.kind)));
     fillIn_->setVisible(RuleRow::hasFillInMenu(rule.kind));
     fillIn_->setEnabled(!view_.runningApps().empty());
