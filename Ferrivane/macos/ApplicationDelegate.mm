@@ -40,7 +40,7 @@ std::optional<pid_t> senderOf(NSAppleEventDescriptor* event) {
 }
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
-    MacMainLoop::leaveApplication();
+    _loop->leaveApplication();
 }
 
 - (void)handleGetURL:(NSAppleEventDescriptor*)event withReplyEvent:(NSAppleEventDescriptor*)reply {

@@ -1,6 +1,7 @@
 // Between the values of portable code and those of Foundation. Any thread.
 #pragma once
 
+#include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -24,5 +25,7 @@ std::optional<std::string> optionalUtf8(NSString* text);
 std::optional<std::filesystem::path> optionalPath(NSURL* file);
 
 PlatformError platformError(NSError* error);
+// Success for nil.
+std::expected<void, PlatformError> outcomeOf(NSError* error);
 
 }  // namespace ferrivane

@@ -43,4 +43,9 @@ PlatformError platformError(NSError* error) {
     return {text};
 }
 
+std::expected<void, PlatformError> outcomeOf(NSError* error) {
+    if (error == nil) return {};
+    return std::unexpected(platformError(error));
+}
+
 }  // namespace ferrivane

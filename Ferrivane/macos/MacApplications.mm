@@ -1,5 +1,7 @@
 #import "Ferrivane/macos/MacApplications.h"
 
+#include <utility>
+
 #import <Cocoa/Cocoa.h>
 
 #include "Ferrivane/DefaultBrowser.h"
@@ -37,16 +39,12 @@ std::optional<std::filesystem::path> MacApplications::handler(std::string_view s
 void MacApplications::setHandler(
     const std::filesystem::path& application, std::string_view scheme,
     std::function<void(std::expected<void, PlatformError>)> completion) {
-    loop_.retain();
-    MacMainLoop* const loop = &loop_;
-    [NSWorkspace.sharedWorkspace
-        setDefaultApplicationAtURL:fileURL(application)
-              toOpenURLsWithScheme:nsString(scheme)
-                 completionHandler:^(NSError* error) {
-                   std::expected<void, PlatformError> outcome;
-                   if (error != nil) outcome = std::unexpected(platformError(error));
-                   loop->finish([completion, outcome] { completion(outcome); });
-                 }];
+    const auto done = loop_.awaiting(std::move(completion));
+    [NSWorkspace.sharedWorkspace setDefaultApplicationAtURL:fileURL(application)
+                                       toOpenURLsWithScheme:nsString(scheme)
+                                          completionHandler:^(NSError* error) {
+                                            done(outcomeOf(error));
+                                          }];
 }
 
 std::vector<pid_t> MacApplications::running(std::string_view bundleId) const {

@@ -23,17 +23,11 @@ NSWorkspaceOpenConfiguration* activatingConfiguration() {
 }
 
 // Called once, on a thread of the workspace's.
-Handler handlerFor(MacMainLoop& mainLoop, Completion completion) {
-    mainLoop.retain();
-    MacMainLoop* const loop = &mainLoop;
+Handler handlerFor(MacMainLoop& loop, Completion completion) {
+    const auto done = loop.awaiting(std::move(completion));
     return ^(NSRunningApplication* application, NSError* error) {
-      std::expected<pid_t, PlatformError> outcome;
-      if (error != nil) {
-          outcome = std::unexpected(platformError(error));
-      } else {
-          outcome = application == nil ? 0 : application.processIdentifier;
-      }
-      loop->finish([completion, outcome] { completion(outcome); });
+      if (error != nil) return done(std::unexpected(platformError(error)));
+      done(application == nil ? 0 : application.processIdentifier);
     };
 }
 

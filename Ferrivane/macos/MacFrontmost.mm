@@ -1,5 +1,7 @@
 #import "Ferrivane/macos/MacFrontmost.h"
 
+#include <utility>
+
 #import <Cocoa/Cocoa.h>
 
 #import "Ferrivane/macos/Conversions.h"
@@ -39,15 +41,11 @@ void MacFrontmost::open(const std::filesystem::path& location,
         [NSWorkspaceOpenConfiguration configuration];
     configuration.activates = YES;
     configuration.addsToRecentItems = NO;
-    loop_.retain();
-    MacMainLoop* const loop = &loop_;
+    const auto done = loop_.awaiting(std::move(completion));
     [NSWorkspace.sharedWorkspace openApplicationAtURL:fileURL(location)
                                         configuration:configuration
                                     completionHandler:^(NSRunningApplication*, NSError* error) {
-                                      std::expected<void, PlatformError> outcome;
-                                      if (error != nil)
-                                          outcome = std::unexpected(platformError(error));
-                                      loop->finish([completion, outcome] { completion(outcome); });
+                                      done(outcomeOf(error));
                                     }];
 }
 

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <utility>
 
 #import <Foundation/Foundation.h>
 
@@ -27,13 +29,25 @@ class MacMainLoop : public MainLoop {
     // Main thread only.
     void retain();
     void release();
+
+    // What the system may call once, on any thread, for a completion that belongs to the main
+    // thread: it is called there, and let go of there. The loop is not idle before that.
+    template<typename Value>
+    std::function<void(Value)> awaiting(std::function<void(Value)> completion) {
+        retain();
+        auto held = std::make_shared<std::function<void(Value)>>(std::move(completion));
+        return [this, held](Value value) {
+            finish([held, value] { std::exchange(*held, nullptr)(value); });
+        };
+    }
+
+    // Makes a running [NSApp run] return, once no alert is open. Main thread only.
+    void leaveApplication();
+
+  private:
     // Releases, and does the work, later on the main thread. From any thread.
     void finish(std::function<void()> work);
 
-    // Makes a running [NSApp run] return. Main thread only.
-    static void leaveApplication();
-
-  private:
     int retained_ = 0;
     id<NSObject> activity_ = nil;
     std::function<void()> stopped_;

@@ -7,6 +7,8 @@
 namespace ferrivane {
 namespace {
 
+constexpr std::chrono::milliseconds kModalInterval{100};
+
 void turnRunLoop() {
     constexpr NSTimeInterval kSlice = 0.1;
     @autoreleasepool {
@@ -77,6 +79,8 @@ void MacMainLoop::finish(std::function<void()> work) {
 }
 
 void MacMainLoop::leaveApplication() {
+    // An alert would be stopped in its place.
+    if (NSApp.modalWindow != nil) return after(kModalInterval, [this] { leaveApplication(); });
     [NSApp stop:nil];
     // The loop looks after its next event whether it is to stop.
     [NSApp postEvent:[NSEvent otherEventWithType:NSEventTypeApplicationDefined

@@ -1,5 +1,7 @@
 #import "Ferrivane/macos/MacScripts.h"
 
+#include <utility>
+
 #import <Cocoa/Cocoa.h>
 
 #include "Ferrivane/HelperScript.h"
@@ -33,14 +35,11 @@ void MacScripts::run(const std::filesystem::path& script, const std::vector<std:
     __block NSUserUnixTask* task = [[NSUserUnixTask alloc] initWithURL:fileURL(script)
                                                                  error:&error];
     if (task == nil) return completion(std::unexpected(platformError(error)));
-    loop_.retain();
-    MacMainLoop* const loop = &loop_;
+    const auto done = loop_.awaiting(std::move(completion));
     [task executeWithArguments:nsStrings(arguments)
              completionHandler:^(NSError* failure) {
                task = nil;  // kept until here
-               std::expected<void, PlatformError> outcome;
-               if (failure != nil) outcome = std::unexpected(platformError(failure));
-               loop->finish([completion, outcome] { completion(outcome); });
+               done(outcomeOf(failure));
              }];
 }
 

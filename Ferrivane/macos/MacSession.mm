@@ -19,14 +19,11 @@ bool MacSession::reopenResident(const std::optional<std::string>&) {
     NSBundle* const bundle = NSBundle.mainBundle;
     if (bundle.bundleIdentifier == nil) return false;
     bool reopened = false;
-    bool* const result = &reopened;
-    loop_.retain();
-    MacMainLoop* const loop = &loop_;
+    const auto done = loop_.awaiting<bool>([&reopened](bool isOpen) { reopened = isOpen; });
     [NSWorkspace.sharedWorkspace openApplicationAtURL:bundle.bundleURL
                                         configuration:[NSWorkspaceOpenConfiguration configuration]
                                     completionHandler:^(NSRunningApplication*, NSError* error) {
-                                      const bool isOpen = error == nil;
-                                      loop->finish([isOpen, result] { *result = isOpen; });
+                                      done(error == nil);
                                     }];
     loop_.runUntilIdle();
     return reopened;

@@ -86,7 +86,7 @@ TEST_F(ApplicationDelegateTest, TheHandlerIsThereBeforeLaunchingHasFinished) {
                                                                            object:nil]];
     NSAppleEventDescriptor* const event = getURL(@"https://example.com");
     const AppleEvent* const raw = event.aeDesc;
-    AppleEvent reply{};
+    AppleEvent reply{typeNull, nullptr};
     const OSErr error = [NSAppleEventManager.sharedAppleEventManager dispatchRawAppleEvent:raw
                                                                               withRawReply:&reply
                                                                              handlerRefCon:&events];

@@ -36,22 +36,21 @@ TEST_F(MacMainLoopTest, ADelayIsNotShorterThanAsked) {
 }
 
 TEST_F(MacMainLoopTest, WorkOfAnotherThreadIsWaitedForAndDoneOnThisOne) {
-    loop.retain();
-    MacMainLoop* const waiting = &loop;
-    std::vector<std::string>* const seen = &done;
+    const auto arrived = loop.awaiting<int>([this](int value) {
+        done.push_back(std::to_string(value) + (NSThread.isMainThread ? " main" : " other"));
+    });
     dispatch_async(dispatch_get_global_queue(QOS_CLASS_DEFAULT, 0), ^{
-      waiting->finish([seen] { seen->push_back(NSThread.isMainThread ? "main" : "other"); });
+      arrived(7);
     });
     loop.runUntilIdle();
-    EXPECT_THAT(done, ElementsAre("main"));
+    EXPECT_THAT(done, ElementsAre("7 main"));
 }
 
 // An alert is such a piece of work: links go on coming and going behind it.
 TEST_F(MacMainLoopTest, WorkThatRunsTheLoopKeepsNobodyWaiting) {
     loop.after({}, [this] {
         loop.after({}, note("timer"));
-        loop.retain();
-        loop.finish(note("queue"));
+        loop.awaiting<int>([this](int) { done.push_back("queue"); })(0);
         loop.runUntilIdle();
         done.push_back("outer");
     });

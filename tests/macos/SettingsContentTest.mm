@@ -95,11 +95,15 @@ TEST_F(SettingsContentTest, WithoutRulesATextStandsInTheirPlace) {
     EXPECT_EQ(table().numberOfRows, 1);
 }
 
-TEST_F(SettingsContentTest, AListIsAsTallAsItMustBeAndItsRowsAllAlike) {
+TEST_F(SettingsContentTest, TheMeasures) {
     EXPECT_GE(table().enclosingScrollView.superview.superview.frame.size.height, 160);
     EXPECT_EQ(table().rowHeight, 34);
-    EXPECT_EQ(find(Controls::kind, row(0)).frame.size.width, 118);
-    EXPECT_EQ(find(Controls::defaultProfile).frame.size.width, 170);
+    EXPECT_EQ(sizeOf(find(Controls::kind, row(0))).width, 118);
+    EXPECT_EQ(sizeOf(find(Controls::profile, row(0))).width, 150);
+    EXPECT_EQ(sizeOf(find(Controls::defaultProfile)).width, 170);
+    EXPECT_EQ(sizeOf(find(Controls::testApp)).width, 190);
+    EXPECT_EQ(table().tableColumns.firstObject.width,
+              table().enclosingScrollView.contentView.bounds.size.width);
 }
 
 TEST_F(SettingsContentTest, OnlyRowsThatAreSeenAreMade) {

@@ -105,7 +105,7 @@ class SettingsDragTest : public test::SettingsTest {
         FVRuleRowView* const view = row(index);
         for (NSView* child in view.subviews) {
             if (![child isKindOfClass:NSBox.class] || child.hidden) continue;
-            EXPECT_EQ(child.frame.size.height, 2);
+            EXPECT_EQ(sizeOf(child).height, 2);
             const bool isAtOrigin = child.frame.origin.y < 1;
             found.emplace_back(isAtOrigin == view.flipped ? "top" : "bottom");
         }

@@ -32,6 +32,8 @@ class SettingsTest : public HelperTest {
     // without one.
     NSView* find(const Control& control, NSView* below = nil);
     NSString* textOf(const Control& control) { return ((NSTextField*)find(control)).stringValue; }
+    // As it is laid out: without shadows and the like.
+    static NSSize sizeOf(NSView* view) { return [view alignmentRectForFrame:view.frame].size; }
     NSTableView* table() { return (NSTableView*)find(SettingsControls::rules); }
     FVRuleRowView* row(NSInteger index);
     NSTextField* matchOf(NSInteger index);

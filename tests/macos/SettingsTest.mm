@@ -18,8 +18,10 @@ NSView* findBelow(NSView* view, NSString* identifier) {
 }
 
 void turn() {
-    [NSRunLoop.mainRunLoop runMode:NSDefaultRunLoopMode
-                        beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.01]];
+    @autoreleasepool {
+        [NSRunLoop.mainRunLoop runMode:NSDefaultRunLoopMode
+                            beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.01]];
+    }
 }
 
 }  // namespace
