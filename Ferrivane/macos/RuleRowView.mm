@@ -187,6 +187,8 @@ namespace Measures = ferrivane::SettingsWindow::Row;
 }
 
 - (void)controlTextDidChange:(NSNotification*)notification {
+    // The Return key ends an edit and leaves the insertion point.
+    [self tellFocus];
     _view->setMatch(*_rule, utf8(_match.stringValue));
 }
 

@@ -90,6 +90,16 @@ TEST_F(SettingsEditTest, TheRuleThatIsEditedHasTheFocusFromTheStart) {
     EXPECT_EQ(view->focusedRule(), std::nullopt);
 }
 
+TEST_F(SettingsEditTest, AnEditGoesOnBehindTheReturnKey) {
+    edit(0);
+    type("c");
+    [(NSTextView*)window().firstResponder insertNewline:nil];
+    if (matchOf(0).currentEditor == nil) edit(0);
+    type("d");
+    EXPECT_EQ(view->focusedRule(), id(0));
+    EXPECT_EQ(saved(0).match, "d") << "the whole text was selected";
+}
+
 TEST_F(SettingsEditTest, DrawingLeavesTheInsertionPointWhereItIs) {
     edit(0);
     NSText* const editor = matchOf(0).currentEditor;
