@@ -1,5 +1,6 @@
 #include "Ferrivane/linux/ui/RuleRowWidget.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
@@ -13,6 +14,7 @@
 
 #include "Ferrivane/RuleRow.h"
 #include "Ferrivane/SettingsWindow.h"
+#include "Ferrivane/linux/ui/RulesList.h"
 #include "Ferrivane/linux/ui/Symbols.h"
 
 namespace ferrivane {
@@ -49,6 +51,20 @@ QToolButton* borderless(std::string_view symbol, std::string_view toolTip, QWidg
     return button;
 }
 
+// The toolkit takes the list, its rows and their handles for mere boxes.
+QAccessibleInterface* accessible(const QString&, QObject* object) {
+    if (auto* row = dynamic_cast<RuleRowWidget*>(object)) {
+        return new QAccessibleWidget(row, QAccessible::ListItem);
+    }
+    if (auto* handle = dynamic_cast<Handle*>(object)) {
+        return new QAccessibleWidget(handle, QAccessible::Button);
+    }
+    if (auto* list = dynamic_cast<RulesList*>(object)) {
+        return new QAccessibleWidget(list, QAccessible::List);
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 RuleRowWidget::RuleRowWidget(SettingsView& view, Requests requests, QWidget* parent)
@@ -61,6 +77,7 @@ RuleRowWidget::RuleRowWidget(SettingsView& view, Requests requests, QWidget* par
       fillIn_(borderless("app.badge.checkmark", RuleRow::fillInToolTip, this)),
       profile_(new Combo(Measures::profileWidth, this)),
       remove_(borderless("minus.circle", RuleRow::removeToolTip, this)) {
+    [[maybe_unused]] static const bool installed = (QAccessible::installFactory(accessible), true);
     auto* arrow = new Symbol("arrow.right", Tint::secondary);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(Measures::padding.width, Measures::padding.height,

@@ -62,6 +62,7 @@ class RulesList::Overlay : public QWidget {
 
 RulesList::RulesList(SettingsView& view, QWidget* parent)
     : QAbstractScrollArea(parent), view_(view), overlay_(new Overlay(*this)) {
+    measure();  // the first row of all tells the toolkit what a list of them is
     identify(this, SettingsControls::rules);
     setFrameShape(NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -72,7 +73,6 @@ RulesList::RulesList(SettingsView& view, QWidget* parent)
     viewport()->setAcceptDrops(true);
     autoScroll_.setInterval(kAutoScrollMilliseconds);
     connect(&autoScroll_, &QTimer::timeout, this, &RulesList::scrollWhileDragging);
-    measure();
 }
 
 void RulesList::measure() {
