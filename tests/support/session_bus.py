@@ -50,6 +50,14 @@ class SessionBus:
         """The bus starts this program when somebody calls the application."""
         write_description(f"{APPLICATION}.service", self._services, ferrivane)
 
+    def install_accessibility(self):
+        """It also starts the bus of assistive programs, as a desktop's does."""
+        name = "org.a11y.Bus.service"
+        text = Path("/usr/share/dbus-1/services", name).read_text()
+        # The person's settings are not asked, but their schemas must be there.
+        settings = "/usr/bin/env GSETTINGS_BACKEND=memory XDG_DATA_DIRS=/usr/local/share:/usr/share"
+        (self._services / name).write_text(text.replace("Exec=", f"Exec={settings} "))
+
     def connect(self):
         return Caller(self.path)
 
