@@ -74,6 +74,8 @@ class DesktopServices {
     // later; one at a time.
     virtual void showStatusItem(const StatusItem& item, std::function<void(Command)> perform) = 0;
     virtual void removeStatusItem() = 0;
+    // What the panel gave with the last click on the item, for a window to come to the front; once.
+    virtual std::optional<std::string> takeStatusItemToken() = 0;
     // Opens a file with the person's application for it. The error is the library's text.
     virtual std::expected<void, std::string> open(const std::filesystem::path& file) = 0;
     // Shows a file selected in the file manager (freedesktop.org, File Manager D-Bus Interface);

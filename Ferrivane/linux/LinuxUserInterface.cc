@@ -66,7 +66,7 @@ void LinuxUserInterface::showSettings(SettingsView& view,
          .frame = preferences_.text(key),
          .frameChanged = [this,
                           key](const std::string& frame) { preferences_.setText(key, frame); }},
-        activationToken);
+        activationToken ? activationToken : desktopServices()->takeStatusItemToken());
     bringToFrontSoon(loop_);
 }
 

@@ -140,6 +140,31 @@ class TrayMenu(TrayCase):
         self.assertEqual(self.call(self.icon, ITEM, "Activate", "10", "10").error, "")
         self.close_settings()
 
+    def provide(self, icon, token):
+        self.assertEqual(self.call(icon, ITEM, "ProvideXdgActivationToken", token).error, "")
+
+    def test_token_of_a_click_comes_with_what_is_chosen_and_once(self):
+        probe = Lines(self, os.environ["ICON_PROBE"])
+        probe.tell("show")
+        self.assertEqual(probe.next(), "done")
+        icon = self.registered(self.watcher)
+        longest = "t" * 4096
+        for tokens, said in ((["one"], " one"), (["one", "two"], " two"), (["one", ""], ""),
+                             ([longest], f" {longest}"), (["one", longest + "t"], "")):
+            for token in tokens:
+                self.provide(icon, f"'{token}'")
+            self.assertEqual(self.click(icon, 1).error, "")
+            self.assertEqual(probe.next(), f"chosen 8{said}")
+            self.assertEqual(self.call(icon, ITEM, "Activate", "1", "1").error, "")
+            self.assertEqual(probe.next(), "chosen 8")
+
+    def test_settings_are_shown_with_a_token_and_it_is_not_logged(self):
+        for _ in range(2):
+            self.provide(self.icon, "'to ken'")
+            self.assertEqual(self.call(self.icon, ITEM, "Activate", "10", "10").error, "")
+            self.close_settings()
+        self.assertNotIn("to ken", self.log())
+
     def test_other_buttons_and_the_wheel_do_nothing(self):
         for method, *arguments in (("ContextMenu", "1", "1"), ("SecondaryActivate", "1", "1"),
                                    ("Scroll", "1", "'vertical'")):
@@ -191,6 +216,7 @@ class TrayMenu(TrayCase):
         self.assertEqual(call("Nonsense", **menu).error, UNKNOWN)
         item = {"to": self.icon, "path": ITEM[0], "interface": ITEM[1]}
         self.assertEqual(call("Activate", "s", "x", **item).error, INVALID)
+        self.assertEqual(call("ProvideXdgActivationToken", "i", 1, **item).error, INVALID)
         self.assertEqual(call("Nonsense", **item).error, UNKNOWN)
         self.assertEqual(call("Set", "ssv", ITEM[1], "Title", ("s", "x"), **item | {
             "interface": "org.freedesktop.DBus.Properties"}).error, INVALID)

@@ -1,5 +1,6 @@
 // The icon without the agent. Reads orders, one a line: "show", "remove", "login", "no login"; each
-// is followed by "done". Prints "chosen N" for a command. Ends with its standard input.
+// is followed by "done". Prints "chosen N" for a command, with the panel's token if there is one.
+// Ends with its standard input.
 #include <chrono>
 #include <iostream>
 #include <string>
@@ -46,7 +47,9 @@ class Orders {
     void perform() {
         if (line_ == "show") {
             interface_.showStatusItem(item(), [this](Command command) {
-                std::cout << "chosen " << static_cast<int>(command) << std::endl;
+                const auto token = desktopServices()->takeStatusItemToken();
+                std::cout << "chosen " << static_cast<int>(command) << (token ? " " + *token : "")
+                          << std::endl;
                 if (command == Command::copy) interface_.removeStatusItem();
             });
         } else if (line_ == "remove") {

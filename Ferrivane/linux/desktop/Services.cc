@@ -41,6 +41,9 @@ class Services : public DesktopServices {
         StatusNotifier::show(item, std::move(perform));
     }
     void removeStatusItem() override { StatusNotifier::remove(); }
+    std::optional<std::string> takeStatusItemToken() override {
+        return StatusNotifier::takeActivationToken();
+    }
     std::expected<void, std::string> open(const std::filesystem::path& file) override {
         return Documents::open(file);
     }

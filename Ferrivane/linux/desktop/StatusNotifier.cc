@@ -51,6 +51,9 @@ constexpr const char* kDescription = R"xml(
       <arg type="i" name="delta" direction="in"/>
       <arg type="s" name="orientation" direction="in"/>
     </method>
+    <method name="ProvideXdgActivationToken">
+      <arg type="s" name="token" direction="in"/>
+    </method>
     <signal name="NewTitle"/>
     <signal name="NewIcon"/>
     <signal name="NewAttentionIcon"/>
@@ -92,6 +95,8 @@ class Shown {
     Shown(const Shown&) = delete;
     Shown& operator=(const Shown&) = delete;
 
+    std::optional<std::string> takeActivationToken() { return std::exchange(token_, std::nullopt); }
+
   private:
     static void watcherCame(GDBusConnection* bus, const gchar*, const gchar* owner, gpointer) {
         g_dbus_connection_call(bus, owner, "/StatusNotifierWatcher", kWatcher,
@@ -103,12 +108,23 @@ class Shown {
     // The panel draws the menu itself. Nothing is meant to happen on the other buttons and the
     // wheel.
     static void call(GDBusConnection*, const gchar*, const gchar*, const gchar*,
-                     const gchar* methodName, GVariant*, GDBusMethodInvocation* invocation,
-                     gpointer data) {
-        const Shown& shown = *static_cast<const Shown*>(data);
+                     const gchar* methodName, GVariant* arguments,
+                     GDBusMethodInvocation* invocation, gpointer data) {
+        Shown& shown = *static_cast<Shown*>(data);
         constexpr gint32 kFirst = 1;
         const bool isActivation = std::string_view(methodName) == "Activate";
+        if (std::string_view(methodName) == "ProvideXdgActivationToken") {
+            const char* token = nullptr;
+            g_variant_get(arguments, "(&s)", &token);
+            shown.keep(token);
+        }
         shown.menu_.finish(invocation, nullptr, isActivation ? kFirst : 0);
+    }
+
+    void keep(std::string_view token) {
+        constexpr std::size_t kLongest = 4096;
+        token_.reset();
+        if (!token.empty() && token.size() <= kLongest) token_ = token;
     }
 
     static GVariant* property(GDBusConnection*, const gchar*, const gchar*, const gchar*,
@@ -136,6 +152,7 @@ class Shown {
     const ObjectPointer<GDBusConnection> bus_;
     const StatusItem item_;
     const MenuService menu_;
+    std::optional<std::string> token_;
     guint registration_ = 0;
     guint watch_ = 0;
 };
@@ -156,6 +173,10 @@ void show(const StatusItem& item, std::function<void(Command)> perform) {
 
 void remove() {
     shown().reset();
+}
+
+std::optional<std::string> takeActivationToken() {
+    return shown() ? shown()->takeActivationToken() : std::nullopt;
 }
 
 }  // namespace ferrivane::StatusNotifier

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <functional>
+#include <optional>
+#include <string>
 
 #include "Ferrivane/platform/Menu.h"
 
@@ -12,5 +14,9 @@ namespace ferrivane::StatusNotifier {
 void show(const StatusItem& item, std::function<void(Command)> perform);
 
 void remove();
+
+// What the panel gave with the last click, so that a window may come to the front (Wayland's
+// xdg-activation); once.
+std::optional<std::string> takeActivationToken();
 
 }  // namespace ferrivane::StatusNotifier
