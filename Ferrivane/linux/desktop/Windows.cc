@@ -38,7 +38,7 @@ class Server {
                                        xcb_atom_t type) const {
         const auto reply = get(window, atom(property), type);
         std::vector<std::uint32_t> values;
-        if (reply && reply->format == 32) {
+        if (reply && reply->format == 32 && reply->value_len > 0) {
             values.resize(reply->value_len);
             std::memcpy(values.data(), xcb_get_property_value(reply.get()),
                         values.size() * sizeof values[0]);
