@@ -8,7 +8,7 @@ from pathlib import Path
 from agent_case import LONG, AgentCase, main, wait_until
 from tray_case import Lines
 
-CLIENT = Path(__file__).with_name("accessibility_client.py")
+CLIENT = Path(__file__).resolve().parents[1] / "support/accessibility_client.py"
 PYTHON = "/usr/bin/python3"  # the system's: others lack the client's modules
 LINK = "https://work.example/päth?q=1&b=<b>&c=%20'\"#fragment"
 NO_LINK = "Type a link to see where it would open."

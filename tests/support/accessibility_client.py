@@ -38,8 +38,9 @@ def described(item, path):
     states = item.getState()
     actions = interface(item.queryAction)
     text = interface(item.queryText)
+    place = item.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
     return {"role": item.getRoleName(), "name": item.name, "description": item.description,
-            "within": path, "text": text and text.getText(0, -1),
+            "within": path, "place": [place.x, place.y, place.width, place.height], "text": text and text.getText(0, -1),
             "states": [name for name, state in STATES.items() if states.contains(state)],
             "actions": [actions.getName(i) for i in range(actions.nActions)] if actions else []}
 

@@ -1,0 +1,241 @@
+#!/usr/bin/env python3
+"""The settings window with a real pointer, a real keyboard, a real browser and its profiles."""
+
+import json
+import subprocess
+import time
+from pathlib import Path
+
+from agent_browser_case import AgentBrowserCase
+from browser_case import PLAY, WORK, main, wait_until
+
+CLIENT = Path(__file__).resolve().parents[1] / "support/accessibility_client.py"
+PYTHON = "/usr/bin/python3"  # the system's: others lack the client's modules
+STEP = 0.02
+
+
+class Settings(AgentBrowserCase):
+    """What is where on the screen is asked of the bus of assistive programs; nothing is done over it."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.desktop.bus.install_accessibility()
+
+    def setUp(self):
+        super().setUp()
+        self.entry = self.desktop.root / "config/mimeapps.list"
+        self.addCleanup(self.entry.write_text, self.entry.read_text())
+        self.client = None
+
+    def tearDown(self):
+        if self.client:
+            self.client.stdin.close()
+            self.client.wait(10)
+            self.client.stdout.close()
+        super().tearDown()
+
+    def environment(self):
+        return self.desktop.env | {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
+
+    def start_application(self, *options):
+        child = self.desktop.processes.start([self.program, *options], env=self.environment(),
+                                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_until(lambda: self.agent() == child.pid, 10, "the application on the bus")
+        return child
+
+    def x(self, *words):
+        return subprocess.run(["xdotool", *map(str, words)], env=self.desktop.env, capture_output=True,
+                              text=True, timeout=20).stdout.strip()
+
+    def window(self):
+        found = self.x("search", "--all", "--onlyvisible", "--pid", self.agent(), "--name", "^Ferrivane$")
+        return found.splitlines()[-1] if found else None
+
+    def wait_for_window(self):
+        window = wait_until(self.window, 10, "the settings window")
+        wait_until(lambda: self.x("getactivewindow") == window, 10, "its activation")
+        return window
+
+    # What is seen.
+
+    def everything(self):
+        if not self.client:
+            self.client = self.desktop.processes.start([PYTHON, CLIENT], env=self.environment(),
+                                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.client.stdin.write('["everything"]\n')
+        self.client.stdin.flush()
+        return json.loads(self.client.stdout.readline())["value"]
+
+    def item(self, name):
+        items = [item for item in self.everything() if name in (item["name"], item["description"])]
+        self.assertEqual(len(items), 1, (name, items))
+        return items[0]
+
+    def middle(self, name):
+        x, y, width, height = self.item(name)["place"]
+        return x + width // 2, y + height // 2
+
+    def shows(self, text):
+        return any(item["name"] == text for item in self.everything())
+
+    # What the person does.
+
+    def click(self, name, button=1):
+        self.x("mousemove", *self.middle(name), "click", button)
+
+    def type(self, text):
+        self.x("type", "--delay", "5", text)
+
+    def key(self, *keys):
+        self.x("key", "--delay", "20", *keys)
+
+    def drag(self, start, end, look=None):
+        self.x("mousemove", *start, "mousedown", 1)
+        steps = 12
+        for step in range(1, steps + 1):
+            self.x("mousemove", *(round(a + (b - a) * step / steps) for a, b in zip(start, end)))
+            time.sleep(STEP)
+        time.sleep(0.2)
+        if look:
+            look()
+        self.x("mouseup", 1)
+
+    def rules(self):
+        return json.loads(self.desktop.rules_file.read_text())["rules"]
+
+    def wait_for_matches(self, *matches):
+        try:
+            wait_until(lambda: [rule["match"] for rule in self.rules()] == [*matches], 5, "the rules")
+        except AssertionError:
+            self.assertEqual([rule["match"] for rule in self.rules()], [*matches])
+
+    def test_from_the_first_start_to_a_link_in_its_profile(self):
+        before = time.monotonic()
+        application = self.start_application()
+        self.assertIsNone(self.window())
+        self.wait_for_window()
+        self.assertGreater(time.monotonic() - before, 1)
+        self.note("the window is there")
+
+        self.entry.write_text("[Default Applications]\n")
+        self.key("ctrl+w")
+        wait_until(lambda: not self.window(), 10, "its end")
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+        self.wait_for_window()
+
+        # A rule by the keyboard alone: the button behind the banner's and the empty list's.
+        self.key("Tab")
+        wait_until(lambda: "focused" in self.item("Add rule")["states"], 5, "focus on the button")
+        self.key("space")
+        wait_until(lambda: "focused" in self.item("Text to match, rule 1")["states"], 5, "focus in the field")
+        self.type("/for-work")
+        self.wait_for_matches("/for-work")
+        self.key("Tab", "w")  # its profile by its first letter, as the browser names it
+        wait_until(lambda: self.rules()[0]["profile"] == WORK.directory, 5,
+                   f"the profile in the rule: {self.desktop.rules_file.read_text()}")
+        self.note("the rule is there")
+
+        link = self.link("/for-work")
+        self.click("Link to try")
+        self.type(link)
+        expected = f"→ {WORK.name} [{WORK.directory}]   (rule #1)"
+        wait_until(lambda: self.shows(expected), 5, f"{expected} among {[i['name'] for i in self.everything()]}")
+
+        self.click("Make Ferrivane the default")
+        wait_until(lambda: self.shows("Ferrivane is your default browser. Links from other apps go through "
+                                      "your rules."), 10, "the banner")
+        self.assertIn("x-scheme-handler/https=com.hollowmere.ferrivane.desktop", self.entry.read_text())
+        self.note("it is the default browser")
+
+        self.run_command("gio", "open", link)
+        self.assert_fetched(link, WORK)
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+        self.wait_for_window()  # in front of the browser's
+        self.key("ctrl+w")
+        wait_until(lambda: not self.window(), 10, "end of the window")
+        other = self.link("/for-work/closed")
+        self.run_command("gio", "open", other)
+        self.assert_fetched(other, WORK)
+        self.assertIsNone(application.poll())
+
+    def test_rows_are_dragged_to_their_places(self):
+        names = ["one", "two", "three", "four"]
+        self.desktop.write_rules(*[("url", name, PLAY.directory) for name in names])
+        self.start_application("--agent")
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+        self.wait_for_window()
+
+        def row(number):
+            return self.middle(f"Drag to reorder, rule {number}")
+        self.drag(row(4), row(2))
+        self.wait_for_matches("one", "four", "two", "three")
+        self.drag(row(1), row(3))
+        self.wait_for_matches("four", "two", "one", "three")
+        # By the row itself, left of its handle, onto the list behind the last row.
+        x, y = row(1)
+        _, top, _, height = self.item("Rules")["place"]
+        self.drag((x - 12, y), (x + 200, top + height - 8))
+        self.wait_for_matches("two", "one", "three", "four")
+        # Over a field, which takes no rule for a text.
+        self.drag(row(4), self.middle("Text to match, rule 1"))
+        self.wait_for_matches("four", "two", "one", "three")
+        before = self.desktop.rules_file.read_text()
+        self.drag(row(2), (5, 5))
+        time.sleep(0.3)
+        self.assertEqual(self.desktop.rules_file.read_text(), before, "dropped outside")
+        self.drag(row(3), row(1), look=lambda: self.key("Escape"))
+        time.sleep(0.3)
+        self.assertEqual(self.desktop.rules_file.read_text(), before, "given up")
+
+    def test_links_go_on_while_a_rule_is_dragged(self):
+        self.desktop.write_rules(("url", "/x", PLAY.directory), ("url", "/y", WORK.directory))
+        self.start_application("--agent")
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+            self.wait_for_window()
+            link = self.link("/y")
+
+            def send():
+                self.assertEqual(caller.open(link).error, "")
+                self.assert_fetched(link, WORK)
+            self.drag(self.middle("Drag to reorder, rule 2"), self.middle("Drag to reorder, rule 1"), look=send)
+        self.wait_for_matches("/y", "/x")
+
+    def test_a_rule_dragged_to_the_edge_scrolls_the_list(self):
+        self.desktop.write_rules(*[("url", f"rule{number}", "Work") for number in range(40)])
+        self.start_application("--agent")
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+        self.wait_for_window()
+        x, top, _, height = self.item("Rules")["place"]
+        self.drag(self.middle("Drag to reorder, rule 1"), (x + 200, top + height - 3), look=lambda: time.sleep(3))
+        wait_until(lambda: self.rules()[-1]["match"] == "rule0", 5, "the rule at the end")
+
+    def test_pointer_and_menus(self):
+        self.desktop.write_rules(("url", "one", "Work"), ("url", "two", "Work"))
+        self.start_application("--agent")
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+        self.wait_for_window()
+        self.click("Text to match, rule 1")
+        self.key("End")
+        self.type("!")
+        self.wait_for_matches("one!", "two")
+        self.assertIn("focused", self.item("Text to match, rule 1")["states"])
+        x, y, width, height = self.item("Rules")["place"]
+        self.x("mousemove", x + 100, y + height - 10, "click", 1)
+        wait_until(lambda: "focused" not in self.item("Text to match, rule 1")["states"], 5, "end of the editing")
+        self.click("Drag to reorder, rule 1", button=3)
+        time.sleep(0.3)
+        self.key("Down", "Return")  # the first that is enabled: down
+        self.wait_for_matches("two", "one!")
+        self.click("Remove rule, rule 1")
+        self.wait_for_matches("one!")
+
+
+if __name__ == "__main__":
+    main()
