@@ -5,6 +5,7 @@ import os
 import shutil
 import subprocess
 import time
+from pathlib import Path
 
 from agent_browser_case import AgentBrowserCase
 from browser_case import main, wait_until
@@ -70,6 +71,18 @@ class Upgrade(AgentBrowserCase):
                    f"every link in the log:\n{self.desktop.log()}")
         self.answer_alerts()
         self.assertTrue(os.path.exists(f"/proc/{agent}"), "in the same process")
+
+    def test_the_settings_are_those_of_the_next_version(self):
+        agent = self.start_agent()
+        self.install_next_version()
+        with self.desktop.bus.connect() as caller:
+            self.assertEqual(caller.activate().error, "")
+        wait_until(lambda: "Ferrivane 99.0.0 started" in self.desktop.log(), 10,
+                   f"the next version; log:\n{self.desktop.log()}")
+        wait_until(self.has_alert, 10, "its settings, whose window has the same name")
+        wait_until(lambda: not Path(f"/proc/{agent}/cmdline").read_bytes(), 10, "end of the one before")
+        self.ask("xdotool", "key", "ctrl+q")
+        wait_until(lambda: not self.agent(), 10, "end of the next version")
 
     def test_without_anything_to_show_it_goes_on(self):
         before = len(self.desktop.log())
