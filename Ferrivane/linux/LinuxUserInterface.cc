@@ -46,14 +46,7 @@ void LinuxUserInterface::showSettings(SettingsView& view,
                                       const std::optional<std::string>& activationToken) {
     const auto shown = toolkit(loop_);
     if (!shown) {
-        // After an upgrade the windows are those of the next version: the bus starts it.
-        if (Restart::isDue() && perform_) {
-            perform_(Command::quit);
-            if (desktopServices()->activate(std::string(AppInfo::bundleIdentifier),
-                                            activationToken)) {
-                return;
-            }
-        }
+        if (Restart::isDue() && perform_) return leaveToNextVersion(activationToken);
         std::cerr << "Ferrivane: cannot show the settings: " << shown.error()
                   << "; the rules are in " << Paths::rulesFile().string() << std::endl;
         return;
@@ -68,6 +61,15 @@ void LinuxUserInterface::showSettings(SettingsView& view,
                           key](const std::string& frame) { preferences_.setText(key, frame); }},
         activationToken ? activationToken : desktopServices()->takeStatusItemToken());
     bringToFrontSoon(loop_);
+}
+
+// After an upgrade the windows are those of the next version, which the bus starts. Not before
+// whoever called us has been answered.
+void LinuxUserInterface::leaveToNextVersion(const std::optional<std::string>& activationToken) {
+    loop_.after({}, [this, activationToken] {
+        perform_(Command::quit);
+        desktopServices()->activate(std::string(AppInfo::bundleIdentifier), activationToken);
+    });
 }
 
 std::expected<void, PlatformError> LinuxUserInterface::openDocument(

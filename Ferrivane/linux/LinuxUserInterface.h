@@ -23,6 +23,8 @@ class LinuxUserInterface : public UserInterface {
     std::expected<void, PlatformError> openDocument(const std::filesystem::path& file) override;
 
   private:
+    void leaveToNextVersion(const std::optional<std::string>& activationToken);
+
     EventLoop& loop_;
     LinuxPreferences& preferences_;
     std::vector<Menu> menus_;

@@ -5,7 +5,6 @@ import os
 import shutil
 import subprocess
 import time
-from pathlib import Path
 
 from agent_browser_case import AgentBrowserCase
 from browser_case import main, wait_until
@@ -80,7 +79,7 @@ class Upgrade(AgentBrowserCase):
         wait_until(lambda: "Ferrivane 99.0.0 started" in self.desktop.log(), 10,
                    f"the next version; log:\n{self.desktop.log()}")
         wait_until(self.has_alert, 10, "its settings, whose window has the same name")
-        wait_until(lambda: not Path(f"/proc/{agent}/cmdline").read_bytes(), 10, "end of the one before")
+        wait_until(lambda: agent not in self.desktop.processes.all(), 10, "end of the one before")
         self.ask("xdotool", "key", "ctrl+q")
         wait_until(lambda: not self.agent(), 10, "end of the next version")
 
