@@ -31,13 +31,14 @@ bool isSubDelimiter(char c) {
     return isOneOf(c, "!$&'()*+,;=");
 }
 
-// Only characters that RFC 3986 allows somewhere in a URI, and whole percent-encodings.
-bool hasOnlyUriCharacters(std::string_view text) {
+// Only characters that RFC 3986 allows in every part of a URI, these delimiters, and whole
+// percent-encodings.
+bool consistsOf(std::string_view text, std::string_view delimiters) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
         if (c == '%') {
             if (i + 2 >= text.size() || !isHex(text[i + 1]) || !isHex(text[i + 2])) return false;
-        } else if (!isUnreserved(c) && !isSubDelimiter(c) && !isOneOf(c, ":/?#[]@")) {
+        } else if (!isUnreserved(c) && !isSubDelimiter(c) && !isOneOf(c, delimiters)) {
             return false;
         }
     }
@@ -54,6 +55,16 @@ bool isIpLiteral(std::string_view host) {
     return isBracketed(host) && std::ranges::all_of(host.substr(1, host.size() - 2), [](char c) {
                return isHex(c) || c == ':' || c == '.';
            });
+}
+
+// Inside brackets: an address of a version to come, "v1.x" (section 3.2.2). No browser takes one.
+bool isFutureLiteral(std::string_view host) {
+    if (!isBracketed(host) || (host[1] != 'v' && host[1] != 'V')) return false;
+    const std::string_view inside = host.substr(2, host.size() - 3);
+    const std::size_t dot = std::min(inside.find('.'), inside.size());
+    const std::string_view address = inside.substr(std::min(dot + 1, inside.size()));
+    return dot > 0 && std::ranges::all_of(inside.substr(0, dot), isHex) && !address.empty() &&
+           address.find('%') == std::string_view::npos && consistsOf(address, ":");
 }
 
 struct HostAndPort {
@@ -112,8 +123,20 @@ Url parseWeb(std::string_view text, std::string_view scheme) {
     return {std::string(scheme), webHost(rest.substr(0, rest.find_first_of("/\\?#")))};
 }
 
+// Host and user information of RFC 3986, section 3.2.
+std::optional<std::string_view> genericHost(std::string_view authority) {
+    if (const std::size_t at = authority.find('@'); at != std::string_view::npos) {
+        if (!consistsOf(authority.substr(0, at), ":")) return std::nullopt;
+        authority.remove_prefix(at + 1);
+    }
+    const auto [host, port] = splitPort(authority);
+    if (!std::ranges::all_of(port, isDigit)) return std::nullopt;
+    if (!consistsOf(host, "") && !isIpLiteral(host) && !isFutureLiteral(host)) return std::nullopt;
+    return host;
+}
+
 std::optional<Url> parseGeneric(std::string_view text) {
-    if (text.empty() || !hasOnlyUriCharacters(text)) return std::nullopt;
+    if (text.empty()) return std::nullopt;
     Url url;
     std::string_view rest = text;
     if (const auto scheme = Url::schemeOf(text)) {
@@ -123,17 +146,19 @@ std::optional<Url> parseGeneric(std::string_view text) {
                colon != std::string_view::npos && colon < text.find_first_of("/?#")) {
         return std::nullopt;  // a first segment with a colon needs a scheme (section 4.2)
     }
-    if (!rest.starts_with("//")) return url;
-    rest.remove_prefix(2);
-
-    const std::string_view authority =
-        withoutUserInformation(rest.substr(0, rest.find_first_of("/?#")));
-    const auto [host, port] = splitPort(authority);
-    const bool isRegularName =
-        std::ranges::none_of(host, [](char c) { return isOneOf(c, ":[]@"); });
-    if (!std::ranges::all_of(port, isDigit)) return std::nullopt;
-    if (!isRegularName && !isIpLiteral(host)) return std::nullopt;
-    if (!host.empty()) url.host = host;
+    if (rest.starts_with("//")) {
+        rest.remove_prefix(2);
+        const std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+        rest.remove_prefix(authority.size());
+        const auto host = genericHost(authority);
+        if (!host) return std::nullopt;
+        if (!host->empty()) url.host = *host;
+    }
+    // Path and query up to the first "#", the fragment behind it.
+    const std::size_t end = std::min(rest.find('#'), rest.size());
+    constexpr std::string_view kDelimiters = ":@/?";
+    if (!consistsOf(rest.substr(0, end), kDelimiters)) return std::nullopt;
+    if (end < rest.size() && !consistsOf(rest.substr(end + 1), kDelimiters)) return std::nullopt;
     return url;
 }
 

@@ -94,6 +94,7 @@ TEST(UrlWeb, AHostThatNoHostCanHaveIsNone) {
         {"brackets at the start", "https://[::1]a/", "https -"},
         {"brackets never closed", "https://[::1/", "https -"},
         {"empty brackets", "https://[]/", "https -"},
+        {"IP address of a version to come", "https://[v1.a]/", "https -"},
         {"letters in brackets", "https://[a.zz]/", "https -"},
         {"IPv6 without brackets", "https://::1/", "https -"},
         {"two colons", "https://a.b:80:80/", "https -"},
@@ -128,6 +129,12 @@ TEST(UrlGeneric, EveryOtherTextIsReadAsItStands) {
         {"scheme in capitals", "FTP://a.b", "FTP a.b"},
         {"first and last letters", "azAZ://azAZ09/az/AZ", "azAZ azAZ09"},
         {"all digits of an encoding", "ftp://h/%a0%f9%AF%09", "ftp h"},
+        {"@ in path, query and fragment", "ftp://u@h/a@b?c@d#e@f", "ftp h"},
+        {"marks of a query in a fragment", "ftp://h#a?b/c:d", "ftp h"},
+        {"user and password", "ftp://u:p:q@h", "ftp h"},
+        {"empty user", "ftp://@h", "ftp h"},
+        {"encoded @ in the user", "ftp://u%40v@h", "ftp h"},
+        {"IP address of a version to come", "ftp://[v1F.a:b!]:21/", "ftp [v1F.a:b!]"},
     });
 }
 
@@ -151,6 +158,17 @@ TEST(UrlGeneric, WhatIsNotAUrl) {
         {"port with letters", "ftp://a.b:x/", "no URL"},
         {"IPv6 without brackets", "ftp://::1/", "no URL"},
         {"brackets in a name", "ftp://a[b]/", "no URL"},
+        {"second @", "ftp://a@b@c.d/", "no URL"},
+        {"brackets in the user", "ftp://[a]@c.d/", "no URL"},
+        {"brackets in the path", "ftp://a.b/[c]", "no URL"},
+        {"brackets in a path without authority", "mailto:[c]", "no URL"},
+        {"brackets in the query", "ftp://a.b/?[c]", "no URL"},
+        {"brackets in the fragment", "ftp://a.b/#[c]", "no URL"},
+        {"second number sign", "ftp://a.b/#c#d", "no URL"},
+        {"version without a number", "ftp://[v.a]/", "no URL"},
+        {"version without an address", "ftp://[v1.]/", "no URL"},
+        {"version alone", "ftp://[v1]/", "no URL"},
+        {"percent-encoding in such an address", "ftp://[v1.%41]/", "no URL"},
     });
 }
 
