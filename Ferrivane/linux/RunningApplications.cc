@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <compare>
 #include <map>
 #include <string>
 
@@ -21,9 +22,22 @@ std::uint64_t startOf(pid_t process) {
     return status ? status->startTime : 0;
 }
 
+bool isOwn(pid_t process) {
+    static const auto own = Processes::executable(::getpid());
+    return Processes::executable(process) == own;
+}
+
+struct Member {
+    bool isLauncher = false;  // a shell around the application tells less than the application
+    std::uint64_t startTime = 0;
+    pid_t process = 0;
+
+    auto operator<=>(const Member&) const = default;
+};
+
 // The oldest process of each application's unit.
 std::vector<pid_t> fromUnits() {
-    std::map<std::string, pid_t> oldest;  // by control group
+    std::map<std::string, Member> oldest;  // by control group
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
         const std::string name = entry.path().filename();
@@ -33,12 +47,15 @@ std::vector<pid_t> fromUnits() {
         struct stat info{};
         if (::stat(entry.path().c_str(), &info) != 0 || info.st_uid != ::getuid()) continue;
         const auto group = Processes::controlGroup(process);
-        if (!group || AppUnit::candidateIds(*group).empty()) continue;
-        pid_t& known = oldest.try_emplace(*group, process).first->second;
-        if (startOf(process) < startOf(known)) known = process;
+        if (!group || AppUnit::candidateIds(*group).empty() || isOwn(process)) continue;
+        const auto status = Processes::status(process);
+        if (!status || status->state == 'Z') continue;
+        const Member member{Senders::isLauncher(process), status->startTime, process};
+        Member& known = oldest.try_emplace(*group, member).first->second;
+        known = std::min(known, member);
     }
     std::vector<pid_t> processes;
-    for (const auto& [group, process] : oldest) processes.push_back(process);
+    for (const auto& [group, member] : oldest) processes.push_back(member.process);
     return processes;
 }
 
@@ -52,6 +69,7 @@ std::vector<Applications::Running> current(const DesktopEntries& entries) {
 
     std::vector<Applications::Running> result;
     for (const pid_t process : processes) {
+        if (isOwn(process)) continue;
         const auto application = Senders::application(process, entries);
         if (!application) continue;
         const auto same = std::ranges::find_if(result, [&](const Applications::Running& known) {

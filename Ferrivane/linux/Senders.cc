@@ -84,6 +84,10 @@ bool isWebbrowserModule(pid_t process) {
     return arguments.size() > 2 && arguments[1] == "-m" && arguments[2] == "webbrowser";
 }
 
+bool isLauncher(pid_t process, std::string_view name) {
+    return isOneOf(name, kLaunchers) || isWebbrowserModule(process);
+}
+
 Opener openerOf(const DesktopEntry& entry, const std::filesystem::path& path) {
     return {entry.name.empty() ? entry.id : entry.name, entry.id, path.string()};
 }
@@ -163,7 +167,7 @@ Found walk(pid_t process, const DesktopEntries& entries) {
         const auto executable = Processes::executable(process);
         const std::string name = executable ? executable->filename().string() : status->command;
         const bool isCarrier = executable && isOwnExecutable(*executable);
-        if (isCarrier || isOneOf(name, kLaunchers) || isWebbrowserModule(process)) {
+        if (isCarrier || isLauncher(process, name)) {
             process = status->parent;
             continue;
         }
@@ -194,9 +198,15 @@ pid_t processOfStartupId(std::string_view id) {
 
 }  // namespace
 
+bool isLauncher(pid_t process) {
+    const auto executable = Processes::executable(process);
+    return executable && isLauncher(process, executable->filename().string());
+}
+
 std::optional<Opener> application(pid_t process, const DesktopEntries& entries) {
     if (auto flatpak = fromFlatpak(process, entries)) return flatpak;
-    if (const auto executable = Processes::executable(process)) {
+    const auto executable = Processes::executable(process);
+    if (executable && !isLauncher(process, executable->filename().string())) {
         Program program{*executable, *executable};
         if (isInterpreter(executable->filename().string())) {
             program.standsFor = script(process).value_or(*executable);

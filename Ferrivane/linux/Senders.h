@@ -22,7 +22,11 @@ struct Origin {
     std::string startupId;     // DESKTOP_STARTUP_ID as the carrier was given it
 };
 
-// The application that this very process is, if the desktop knows it as one.
+// Whether the process only opens links for others, as a shell does.
+bool isLauncher(pid_t process);
+
+// The application that this very process is, if the desktop knows it as one. A launcher is none by
+// its program, but may be part of one.
 std::optional<Opener> application(pid_t process, const DesktopEntries& entries);
 
 // This process's origin. Read it before the process forks.

@@ -1,5 +1,5 @@
 // Asks the adapters from a process of its own, as a link's process does: its parents, environment
-// and bus connection are its own. Prints one line.
+// and bus connection are its own. Prints one line, of running applications one for each.
 //
 //   adapter_probe opener                 who sent a link to this process
 //   adapter_probe run PROGRAM ARGUMENT…  runs a child and waits, as a start of this very program
@@ -9,6 +9,7 @@
 //   adapter_probe owner NAME
 //   adapter_probe front                  the active window's process and application
 //   adapter_probe activate PID
+//   adapter_probe running                the running applications to choose from
 //   adapter_probe scope PID
 //   adapter_probe loop                   a timer and a child's end through the library's loop
 //   adapter_probe flag KEY               a preference
@@ -24,6 +25,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "Ferrivane/RunningApp.h"
 #include "Ferrivane/linux/DesktopEntries.h"
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/EventLoop.h"
@@ -47,6 +49,15 @@ std::string describe(const std::optional<Frontmost::Application>& front) {
     if (!front) return "unknown";
     return (front->process ? std::to_string(*front->process) : "-") + "|" +
            front->name.value_or("-");
+}
+
+std::string describe(const std::vector<RunningApp>& running) {
+    std::string lines;
+    for (const RunningApp& app : running) {
+        lines += (lines.empty() ? "" : "\n") + app.name + "|" + app.bundleId + "|" + app.path +
+                 "|" + app.matchValue + "|" + std::to_string(app.id);
+    }
+    return lines;
 }
 
 int runChild(char** arguments) {
@@ -102,6 +113,8 @@ int main(int count, char** values) {
         std::cout << (processes.empty() ? "nobody" : std::to_string(processes.front()));
     } else if (question == "front") {
         std::cout << describe(frontmost.current());
+    } else if (question == "running") {
+        std::cout << describe(RunningApp::current(applications));
     } else if (question == "activate") {
         std::cout << (frontmost.activate(std::stoi(argument)) ? "asked" : "not asked");
     } else if (question == "scope") {

@@ -1,7 +1,9 @@
 // An X11 application: shows its windows one after another, prints "shown" for each, and ends when
 // its standard input does.
 //
-//   window_stand_in [--anonymous] CLASS…   anonymous windows do not tell their process
+//   window_stand_in [--anonymous|--of-parent] CLASS…
+//
+// Anonymous windows do not tell their process; others may tell that they are its parent's.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -22,17 +24,14 @@ class Application {
 
     bool isConnected() const { return xcb_connection_has_error(server_) == 0; }
 
-    void show(const std::string& name, bool isAnonymous) {
+    void show(const std::string& name, std::uint32_t process) {
         const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(server_)).data;
         const xcb_window_t window = xcb_generate_id(server_);
         const std::uint32_t events = XCB_EVENT_MASK_EXPOSURE;
         xcb_create_window(server_, XCB_COPY_FROM_PARENT, window, screen->root, 0, 0, 200, 100, 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, XCB_CW_EVENT_MASK,
                           &events);
-        if (!isAnonymous) {
-            const auto process = static_cast<std::uint32_t>(::getpid());
-            set(window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &process);
-        }
+        if (process != 0) set(window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &process);
         const std::string instanceAndClass = "instance" + ('\0' + name) + '\0';
         set(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, instanceAndClass.size(),
             instanceAndClass.data());
@@ -79,9 +78,12 @@ class Application {
 int main(int count, char** values) {
     Application application;
     if (!application.isConnected()) return 1;
-    const bool isAnonymous = count > 1 && std::string(values[1]) == "--anonymous";
-    for (int i = isAnonymous ? 2 : 1; i < count; ++i) {
-        application.show(values[i], isAnonymous);
+    const std::string option = count > 1 ? values[1] : "";
+    const bool hasOption = option.starts_with("--");
+    const pid_t process =
+        option == "--anonymous" ? 0 : (option == "--of-parent" ? ::getppid() : ::getpid());
+    for (int i = hasOption ? 2 : 1; i < count; ++i) {
+        application.show(values[i], static_cast<std::uint32_t>(process));
         if (!application.waitForWindow()) return 0;
         std::puts("shown");
         std::fflush(stdout);

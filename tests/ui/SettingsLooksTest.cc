@@ -5,6 +5,12 @@
 #include "Ferrivane/linux/ui/Symbols.h"
 #include "tests/ui/SettingsCase.h"
 
+// What the font library keeps until the process ends.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
+
 namespace ferrivane {
 namespace {
 
