@@ -11,6 +11,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     -Wno-stringop-overflow -Wno-array-bounds)
 endif()
 
+# Clang takes the standard library's own use of what it deprecates for ours.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(ferrivane_options INTERFACE -Wno-deprecated-declarations)
+endif()
+
 if(FERRIVANE_SANITIZE)
   target_compile_options(ferrivane_options INTERFACE
     -fsanitize=${FERRIVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -10,6 +10,8 @@ namespace ferrivane {
 void MacUserInterface::installMainMenu(const std::vector<Menu>& menus, Perform perform) {
     mainMenuTarget_ = [[FVMenuTarget alloc] initWithPerform:std::move(perform)];
     NSMenu* const bar = menuBarOf(menus, mainMenuTarget_);
+    // Or AppKit adds items about tabs to the menu of the windows.
+    NSWindow.allowsAutomaticWindowTabbing = NO;
     NSApp.mainMenu = bar;
     NSApp.windowsMenu = bar.itemArray.lastObject.submenu;
 }

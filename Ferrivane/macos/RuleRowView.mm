@@ -109,10 +109,11 @@ namespace Measures = ferrivane::SettingsWindow::Row;
 }
 
 - (NSBox*)addLine {
-    NSBox* line = [[NSBox alloc] init];
+    NSBox* line = [[NSBox alloc] initWithFrame:Views::kSomeFrame];
     line.boxType = NSBoxCustom;
     line.titlePosition = NSNoTitle;
     line.borderWidth = 0;
+    line.contentViewMargins = NSZeroSize;
     line.fillColor = NSColor.controlAccentColor;
     line.hidden = YES;
     line.translatesAutoresizingMaskIntoConstraints = NO;
@@ -146,6 +147,7 @@ namespace Measures = ferrivane::SettingsWindow::Row;
         _apps = _view->runningApps();
         [self fillMenu];
     }
+    _fillIn.enabled = !_apps.empty();
     [_profile showChoices:_view->profileChoices(rule.profile)];
 
     const auto edge = _view->insertionEdge(rule.id);

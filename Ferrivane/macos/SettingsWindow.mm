@@ -49,6 +49,8 @@ static NSSize nsSize(const SettingsWindow::Size& size) {
     window.title = nsString(SettingsWindow::title);
     window.accessibilityIdentifier = nsString(SettingsControls::window.identifier);
     window.releasedWhenClosed = NO;
+    // Or the system might ask, in front of the first link, whether to open it again.
+    window.restorable = NO;
     window.minSize = nsSize(SettingsWindow::minimumSize);
     NSViewController* content = [[NSViewController alloc] initWithNibName:nil bundle:nil];
     content.view = _content;
