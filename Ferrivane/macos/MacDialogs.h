@@ -1,10 +1,15 @@
 // Alerts, one after another.
 #pragma once
 
+#import <Cocoa/Cocoa.h>
+
 #include "Ferrivane/AlertQueue.h"
 #include "Ferrivane/platform/Dialogs.h"
 
 namespace ferrivane {
+
+// Not shown yet. Main thread only.
+NSAlert* alertOf(const LaunchFailureAlert& failure);
 
 class MacDialogs : public Dialogs {
   public:

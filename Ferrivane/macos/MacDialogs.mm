@@ -5,6 +5,36 @@
 #import "Ferrivane/macos/Conversions.h"
 
 namespace ferrivane {
+namespace {
+
+constexpr NSRect kScrollingText{{0, 0}, {320, 160}};
+
+NSScrollView* scrolling(std::string_view text) {
+    NSScrollView* const scroll = [NSTextView scrollableTextView];
+    scroll.frame = kScrollingText;
+    NSTextView* const view = scroll.documentView;
+    view.font = [NSFont systemFontOfSize:NSFont.smallSystemFontSize];
+    view.string = nsString(text);
+    view.editable = NO;
+    return scroll;
+}
+
+}  // namespace
+
+NSAlert* alertOf(const LaunchFailureAlert& failure) {
+    NSAlert* const alert = [[NSAlert alloc] init];
+    alert.alertStyle = NSAlertStyleWarning;
+    alert.messageText = nsString(failure.title);
+    if (failure.isLong()) {
+        alert.accessoryView = scrolling(failure.informativeText);
+    } else {
+        alert.informativeText = nsString(failure.informativeText);
+    }
+    for (const std::string& button : failure.buttons) [alert addButtonWithTitle:nsString(button)];
+    // One that nobody has answered does not hold up the end of the session.
+    alert.window.preventsApplicationTerminationWhenModal = NO;
+    return alert;
+}
 
 void MacDialogs::show(const LaunchFailureAlert& failure) {
     NSApplication* const application = NSApplication.sharedApplication;
@@ -12,11 +42,7 @@ void MacDialogs::show(const LaunchFailureAlert& failure) {
     if (application.activationPolicy == NSApplicationActivationPolicyProhibited) {
         [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
     }
-    NSAlert* const alert = [[NSAlert alloc] init];
-    alert.alertStyle = NSAlertStyleWarning;
-    alert.messageText = nsString(failure.title);
-    alert.informativeText = nsString(failure.informativeText);
-    for (const std::string& button : failure.buttons) [alert addButtonWithTitle:nsString(button)];
+    NSAlert* const alert = alertOf(failure);
     [application activateIgnoringOtherApps:YES];
     if ([alert runModal] != NSAlertFirstButtonReturn) return;
     NSPasteboard* const pasteboard = NSPasteboard.generalPasteboard;

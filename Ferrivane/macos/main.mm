@@ -10,7 +10,7 @@
 #import "Ferrivane/macos/MacApplications.h"
 #import "Ferrivane/macos/MacBrowser.h"
 #include "Ferrivane/macos/MacCaller.h"
-#include "Ferrivane/macos/MacDialogs.h"
+#import "Ferrivane/macos/MacDialogs.h"
 #import "Ferrivane/macos/MacFrontmost.h"
 #include "Ferrivane/macos/MacLaunchLock.h"
 #import "Ferrivane/macos/MacMainLoop.h"

@@ -13,6 +13,10 @@ struct LaunchFailureAlert {
     std::string link;    // in full
     std::string informativeText;
     std::vector<std::string> buttons;  // the first is the default
+
+    // Whether the informative text is to scroll: in full it might be higher than the screen.
+    bool isLong() const { return informativeText.size() > mostOnScreen; }
+    static constexpr std::size_t mostOnScreen = 1000;
 };
 
 class Dialogs {

@@ -142,6 +142,14 @@ TEST_F(RouterFailure, OfALaunchIsLoggedShortAndShownInFull) {
     EXPECT_EQ(alert.reason, "cannot start chrome: No such file");
     EXPECT_EQ(alert.link, "https://a/secret?q");
     EXPECT_THAT(alert.buttons, ElementsAre("Copy Link", "OK"));
+    EXPECT_FALSE(alert.isLong());
+}
+
+TEST_F(RouterFailure, ALongLinkIsShownInFullToo) {
+    const std::string link = "https://a/" + std::string(5000, 'x');
+    const auto alert = launchFailureAlert(link, ChromeLauncher::LaunchError{});
+    EXPECT_TRUE(alert.isLong());
+    EXPECT_TRUE(alert.informativeText.ends_with(link));
 }
 
 TEST_F(RouterFailure, EveryLaunchErrorHasItsLineAndItsAlert) {
