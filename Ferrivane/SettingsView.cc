@@ -22,6 +22,8 @@ void SettingsView::refresh() {
     willChange.tell();
     const Applications& applications = platform_.applications;
     isDefaultBrowser_ = DefaultBrowser::isDefault(applications, applications.ownBundle().location);
+    const auto handler = DefaultBrowser::handler(applications, "https");
+    browserName_ = handler ? applications.displayName(*handler) : "another app"s;
     runningApps_ = RunningApp::current(applications);
 }
 
@@ -33,11 +35,9 @@ SettingsView::Banner SettingsView::defaultBrowserBanner() const {
                     "Ferrivane is your default browser. Links from other apps go through your "
                     "rules."};
     }
-    const auto handler = DefaultBrowser::handler(platform_.applications, "https");
-    const std::string name =
-        handler ? platform_.applications.displayName(*handler) : "another app"s;
     return {.symbol = "exclamationmark.triangle.fill",
-            .text = "Ferrivane is not the default browser: links open straight in " + name + ".",
+            .text = "Ferrivane is not the default browser: links open straight in " + browserName_ +
+                    ".",
             .button = "Make Ferrivane the default"};
 }
 
@@ -68,6 +68,10 @@ std::optional<SettingsView::Banner> SettingsView::helperBanner() const {
             break;
     }
     return std::nullopt;
+}
+
+void SettingsView::installHelper() {
+    store_.installHelper();
 }
 
 void SettingsView::revealHelper() const {
@@ -135,10 +139,20 @@ void SettingsView::rulesFileChanged() {
     readChanges();
 }
 
+bool SettingsView::mustWait() const {
+    return draggingRule_ || (isInteracting && isInteracting());
+}
+
 void SettingsView::readChanges() {
-    if (!mustReadChanges_ || focusedRule_ || draggingRule_) return;
-    mustReadChanges_ = false;
-    store_.reloadIfChanged();
+    if (mustWait()) return;
+    if (std::exchange(mustReload_, false)) store_.reload();
+    if (focusedRule_) return;
+    if (std::exchange(mustReadChanges_, false)) store_.reloadIfChanged();
+}
+
+void SettingsView::reload() {
+    mustReload_ = true;
+    readChanges();
 }
 
 std::string SettingsView::beginDrag(const Uuid& rule) {
@@ -187,12 +201,20 @@ void SettingsView::setTestAppPid(std::optional<pid_t> process) {
     testAppPid_ = process;
 }
 
+SettingsView::Senders SettingsView::senders() const {
+    Senders senders{{{std::string(unknownApp)}}};
+    for (const RunningApp& app : runningApps_) {
+        if (app.id == testAppPid_) senders.current = senders.all.size();
+        senders.all.push_back({app.name, app.id});
+    }
+    return senders;
+}
+
 std::string SettingsView::testResult() const {
     const std::string url(Text::trim(testURL_));
     if (url.empty()) return "Type a link to see where it would open.";
     std::optional<Opener> opener;
-    const auto app = std::ranges::find_if(
-        runningApps_, [this](const RunningApp& running) { return running.id == testAppPid_; });
+    const auto app = std::ranges::find(runningApps_, testAppPid_, &RunningApp::id);
     if (app != runningApps_.end()) opener = Opener{app->name, app->bundleId, app->path};
     const auto [decision, profile] = store_.decide(url, opener);
     const std::string reason = "   (" +

@@ -2,6 +2,7 @@
 // it. Main thread only.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -32,6 +33,17 @@ class SettingsView {
         bool operator==(const Banner&) const = default;
     };
     enum class Edge { top, bottom };
+    // Who may send the link to try: somebody unknown, or an application that runs.
+    struct Sender {
+        std::string name;
+        std::optional<pid_t> process{};
+
+        bool operator==(const Sender&) const = default;
+    };
+    struct Senders {
+        std::vector<Sender> all;
+        std::size_t current = 0;
+    };
 
     // All references outlive this.
     SettingsView(const Platform& platform, RulesStore& store, MenuBar& menuBar);
@@ -47,6 +59,7 @@ class SettingsView {
     void makeDefaultBrowser();
     // Absent when the helper script is not needed or ready.
     std::optional<Banner> helperBanner() const;
+    void installHelper();
     void revealHelper() const;
 
     // Rules.
@@ -62,12 +75,20 @@ class SettingsView {
     void addRule();  // its field takes the focus
     void removeRule(const Uuid& rule);
     std::string_view matchPlaceholder(Rule::Kind kind) const;
+    // Whether the menu that fills a pattern in has anything in it.
+    bool canFillIn() const { return !runningApps_.empty(); }
     // The rule whose pattern is being edited.
     const std::optional<Uuid>& focusedRule() const { return focusedRule_; }
     void setFocusedRule(const std::optional<Uuid>& rule);
     // The shell watches the rules' file while the window is shown. What others write is read at
     // once, or when the person has finished editing or dragging.
     void rulesFileChanged();
+    // Set by the shell: whether a menu is open or a mouse button is held, whose end would then meet
+    // another rule. It calls readChanges when that is over.
+    std::function<bool()> isInteracting;
+    void readChanges();
+    // Reads everything anew, each time the window is shown.
+    void reload();
 
     // Dragging a rule. The text that a drag offers is the rule's identifier.
     std::string beginDrag(const Uuid& rule);
@@ -85,6 +106,8 @@ class SettingsView {
     void setTestURL(std::string url);
     std::optional<pid_t> testAppPid() const { return testAppPid_; }
     void setTestAppPid(std::optional<pid_t> process);
+    // One that runs no more is unknown.
+    Senders senders() const;
     std::string testResult() const;
 
     // Options.
@@ -121,7 +144,7 @@ class SettingsView {
         "Copy the script by hand if the button above does not work";
 
   private:
-    void readChanges();
+    bool mustWait() const;
     template<typename Change>
     void edit(const Uuid& rule, Change change);
     std::optional<std::size_t> indexOf(const Uuid& rule) const;
@@ -130,12 +153,14 @@ class SettingsView {
     RulesStore& store_;
     MenuBar& menuBar_;
     bool isDefaultBrowser_ = false;
+    std::string browserName_;  // of the one that is
     std::vector<RunningApp> runningApps_;
     std::string testURL_;
     std::optional<pid_t> testAppPid_;
     bool showMenuBarIcon_;
     std::optional<Uuid> focusedRule_;
     bool mustReadChanges_ = false;
+    bool mustReload_ = false;
     std::optional<Uuid> draggingRule_;
     std::optional<Uuid> dropTarget_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

@@ -1,6 +1,5 @@
 #import "Ferrivane/macos/LinkTesterView.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "Ferrivane/SettingsControls.h"
@@ -17,7 +16,7 @@ static constexpr CGFloat kLineSpacing = 8;
 
 @implementation FVLinkTesterView {
     SettingsView* _view;
-    std::vector<RunningApp> _apps;
+    std::vector<SettingsView::Sender> _senders;
     NSTextField* _url;
     NSPopUpButton* _app;
     NSTextField* _result;
@@ -35,7 +34,6 @@ static constexpr CGFloat kLineSpacing = 8;
     _app = [[NSPopUpButton alloc] initWithFrame:NSZeroRect pullsDown:NO];
     Views::identify(_app, SettingsControls::testApp);
     Views::setUp(_app, SettingsWindow::senderWidth, self, @selector(chooseApp:));
-    [self fillMenu];
 
     _result = Views::wrappingLabel();
     _result.selectable = YES;
@@ -46,21 +44,16 @@ static constexpr CGFloat kLineSpacing = 8;
     return self;
 }
 
-- (void)fillMenu {
-    std::vector<std::string> titles{std::string(SettingsView::unknownApp)};
-    for (const RunningApp& app : _apps) titles.push_back(app.name);
-    Views::setTitles(_app, titles);
-}
-
 - (void)render {
     Views::setText(_url, _view->testURL());
-    if (_apps != _view->runningApps()) {
-        _apps = _view->runningApps();
-        [self fillMenu];
+    const SettingsView::Senders senders = _view->senders();
+    if (senders.all != _senders) {
+        _senders = senders.all;
+        std::vector<std::string> names;
+        for (const auto& sender : _senders) names.push_back(sender.name);
+        Views::setTitles(_app, names);
     }
-    // A sender that runs no more is unknown.
-    const auto app = std::ranges::find(_apps, _view->testAppPid(), &RunningApp::id);
-    [_app selectItemAtIndex:app == _apps.end() ? 0 : app - _apps.begin() + 1];
+    [_app selectItemAtIndex:NSInteger(senders.current)];
     Views::setText(_result, _view->testResult());
 }
 
@@ -73,9 +66,7 @@ static constexpr CGFloat kLineSpacing = 8;
 }
 
 - (void)chooseApp:(id)sender {
-    const NSInteger index = _app.indexOfSelectedItem;
-    _view->setTestAppPid(index > 0 ? std::optional(_apps.at(std::size_t(index - 1)).id)
-                                   : std::nullopt);
+    _view->setTestAppPid(_senders.at(std::size_t(_app.indexOfSelectedItem)).process);
 }
 
 @end

@@ -289,6 +289,20 @@ TEST_F(SettingsViewTest, TheTestersSenderIsARunningApplication) {
         << "it has ended";
 }
 
+TEST_F(SettingsViewTest, TheTestersSendersAreThoseThatRunAndSomebodyUnknown) {
+    using Sender = SettingsView::Sender;
+    fake.applications.applicationsRunning = {{7, "Mail", "org.example.Mail", "/usr/bin/mail"},
+                                             {8, "Chat", "org.example.Chat", "/usr/bin/chat"}};
+    view->refresh();
+    EXPECT_THAT(view->senders().all,
+                ElementsAre(Sender{"unknown app"}, Sender{"Chat", 8}, Sender{"Mail", 7}));
+    EXPECT_EQ(view->senders().current, 0U);
+    view->setTestAppPid(7);
+    EXPECT_EQ(view->senders().current, 2U);
+    view->setTestAppPid(9);
+    EXPECT_EQ(view->senders().current, 0U) << "it runs no more";
+}
+
 TEST_F(SettingsViewTest, TheIconIsStoredAndShownAtOnceAndAfterTheNextLogin) {
     EXPECT_FALSE(view->showMenuBarIcon());
     fake.calls.clear();
