@@ -2,12 +2,14 @@
 """The settings window with a real pointer, a real keyboard, a real browser and its profiles."""
 
 import json
+import os
+import shutil
 import subprocess
 import time
 from pathlib import Path
 
 from agent_browser_case import AgentBrowserCase
-from browser_case import PLAY, WORK, main, wait_until
+from browser_case import HOME, PLAY, WORK, main, wait_until
 
 CLIENT = Path(__file__).resolve().parents[1] / "support/accessibility_client.py"
 PYTHON = "/usr/bin/python3"  # the system's: others lack the client's modules
@@ -214,6 +216,49 @@ class Settings(AgentBrowserCase):
         x, top, _, height = self.item("Rules")["place"]
         self.drag(self.middle("Drag to reorder, rule 1"), (x + 200, top + height - 3), look=lambda: time.sleep(3))
         wait_until(lambda: self.rules()[-1]["match"] == "rule0", 5, "the rule at the end")
+
+    def show_window_of(self, path):
+        """Starts the application of this path, which a window says to be its own."""
+        child = self.desktop.processes.start([path, os.environ["WINDOW_STAND_IN"], "--of-parent", path],
+                                             stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+
+        def end():
+            child.communicate(timeout=10)
+        self.addCleanup(end)
+        self.assertEqual(child.stdout.readline(), b"shown\n")
+
+    def test_rule_for_one_of_two_running_copies_holds_for_its_links(self):
+        copies = [self.desktop.root / "apps" / folder / "chat" for folder in ("one", "two")]
+        copies[0].parent.mkdir()
+        self.desktop.add_application("Chat", file="one/chat")
+        copies[1].parent.mkdir()
+        shutil.copy(*copies)
+        for copy in copies:
+            self.show_window_of(copy)
+        self.desktop.write_rules(("app", "", WORK.directory))
+        self.start_application("--agent")
+        with self.desktop.bus.connect() as caller:
+            caller.activate()
+        self.wait_for_window()
+        self.click("Fill in from a running app, rule 1")
+        time.sleep(0.3)
+        self.key("Down", "Return")
+        self.wait_for_matches(str(copies[0]))
+
+        link = self.link("/tried")
+        self.click("Link to try")
+        self.type(link)
+        self.click("unknown app")
+        time.sleep(0.3)
+        in_work = f"→ {WORK.name} [{WORK.directory}]   (rule #1)"
+        self.key("Down", "Return")
+        wait_until(lambda: self.shows(in_work), 5, f"{in_work} among {[i['name'] for i in self.everything()]}")
+        self.key("Down")
+        wait_until(lambda: not self.shows(in_work), 5, "another result for the other copy")
+        for copy, profile in zip(copies, (WORK, HOME)):
+            link = self.link(f"/{copy.parent.name}")
+            self.run_command(copy, "gio", "open", link)
+            self.assert_fetched(link, profile)
 
     def test_pointer_and_menus(self):
         self.desktop.write_rules(("url", "one", "Work"), ("url", "two", "Work"))
