@@ -147,7 +147,7 @@ namespace Measures = ferrivane::SettingsWindow::Row;
         _apps = _view->runningApps();
         [self fillMenu];
     }
-    _fillIn.enabled = !_apps.empty();
+    _fillIn.enabled = _view->canFillIn();
     [_profile showChoices:_view->profileChoices(rule.profile)];
 
     const auto edge = _view->insertionEdge(rule.id);

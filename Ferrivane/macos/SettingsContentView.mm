@@ -193,7 +193,7 @@ static constexpr CGFloat kLineSpacing = 8;
 }
 
 - (void)installHelper:(id)sender {
-    _view->store().installHelper();
+    _view->installHelper();
 }
 
 - (void)showFolders:(id)sender {

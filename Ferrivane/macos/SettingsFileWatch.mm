@@ -8,9 +8,7 @@ static constexpr int64_t kMoment = 50 * NSEC_PER_MSEC;
 @implementation FVSettingsFileWatch {
     std::filesystem::path _file;
     void (^_changed)(void);
-    // A file that replaces this one comes into the folder; one that is written in place does not.
-    dispatch_source_t _ofFolder;
-    dispatch_source_t _ofFile;
+    NSMutableArray<dispatch_source_t>* _sources;
     BOOL _isTelling;
 }
 
@@ -19,6 +17,7 @@ static constexpr int64_t kMoment = 50 * NSEC_PER_MSEC;
     if (!self) return nil;
     _file = file;
     _changed = [changed copy];
+    _sources = [NSMutableArray array];
     [self watch];
     return self;
 }
@@ -29,20 +28,22 @@ static constexpr int64_t kMoment = 50 * NSEC_PER_MSEC;
 
 - (void)watch {
     [self stop];
-    _ofFolder = [self sourceFor:_file.parent_path()];
-    _ofFile = [self sourceFor:_file];
+    // A file that replaces this one comes into the folder; one that is written in place does not.
+    [self watch:_file.parent_path()];
+    [self watch:_file];
+    std::error_code error;
+    const auto target = std::filesystem::read_symlink(_file, error);
+    if (!error) [self watch:(_file.parent_path() / target).parent_path()];
 }
 
 - (void)stop {
-    if (_ofFolder) dispatch_source_cancel(_ofFolder);
-    if (_ofFile) dispatch_source_cancel(_ofFile);
-    _ofFolder = nil;
-    _ofFile = nil;
+    for (dispatch_source_t source in _sources) dispatch_source_cancel(source);
+    [_sources removeAllObjects];
 }
 
-- (dispatch_source_t)sourceFor:(const std::filesystem::path&)path {
+- (void)watch:(const std::filesystem::path&)path {
     const int descriptor = ::open(path.c_str(), O_EVTONLY | O_CLOEXEC);
-    if (descriptor < 0) return nil;
+    if (descriptor < 0) return;
     const uintptr_t events = DISPATCH_VNODE_WRITE | DISPATCH_VNODE_EXTEND | DISPATCH_VNODE_DELETE |
                              DISPATCH_VNODE_RENAME;
     dispatch_source_t source = dispatch_source_create(
@@ -55,7 +56,7 @@ static constexpr int64_t kMoment = 50 * NSEC_PER_MSEC;
       ::close(descriptor);
     });
     dispatch_activate(source);
-    return source;
+    [_sources addObject:source];
 }
 
 - (void)tellSoon {

@@ -45,6 +45,8 @@ static NSSize nsSize(const SettingsWindow::Size& size) {
     self = [super initWithWindow:window];
     if (!self) return nil;
     _view = &view;
+    __weak FVSettingsWindowController* weakSelf = self;
+    view.isInteracting = [weakSelf] { return weakSelf.isTracking; };
     _content = [[FVSettingsContentView alloc] initWithView:view];
     window.title = nsString(SettingsWindow::title);
     window.accessibilityIdentifier = nsString(SettingsControls::window.identifier);
@@ -88,6 +90,23 @@ static NSSize nsSize(const SettingsWindow::Size& size) {
                                                changed:^{
                                                  view->rulesFileChanged();
                                                }];
+}
+
+// A menu is open, a control is pressed, or a rule is dragged. What waits for the end of it is told
+// of the end.
+- (BOOL)isTracking {
+    NSRunLoop* loop = NSRunLoop.mainRunLoop;
+    if (![loop.currentMode isEqualToString:NSEventTrackingRunLoopMode]) return NO;
+    __weak FVSettingsWindowController* weakSelf = self;
+    [loop performInModes:@[ NSDefaultRunLoopMode ]
+                   block:^{
+                     [weakSelf readChanges];
+                   }];
+    return YES;
+}
+
+- (void)readChanges {
+    _view->readChanges();
 }
 
 - (void)windowWillClose:(NSNotification*)notification {

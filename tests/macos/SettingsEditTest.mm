@@ -191,17 +191,6 @@ TEST_F(SettingsEditTest, TheTabKeyGoesThroughTheRow) {
     EXPECT_EQ(find(Controls::addRule).nextKeyView, find(Controls::defaultProfile));
 }
 
-TEST_F(SettingsEditTest, WhatOthersWriteIsShown) {
-    window();
-    writeRules(R"({"rules": [{"kind": "host", "match": "other.example", "profile": "Work"}]})");
-    EXPECT_TRUE(becomesTrue([&] { return table().numberOfRows == 1; }));
-    EXPECT_EQ(utf8(matchOf(0).stringValue), "other.example");
-    const auto beside = dir / "replacement";
-    test::writeText(beside, R"({"rules": []})");
-    std::filesystem::rename(beside, rulesFile);
-    EXPECT_TRUE(becomesTrue([&] { return find(Controls::noRules) != nil; }));
-}
-
 TEST_F(SettingsEditTest, WhatOthersWriteWaitsForTheEndOfAnEdit) {
     edit(0);
     writeRules(R"({"rules": []})");
