@@ -31,6 +31,7 @@ NSAlert* alertOf(const LaunchFailureAlert& failure) {
         alert.informativeText = nsString(failure.informativeText);
     }
     for (const std::string& button : failure.buttons) [alert addButtonWithTitle:nsString(button)];
+    alert.buttons.lastObject.keyEquivalent = @"\033";
     // One that nobody has answered does not hold up the end of the session.
     alert.window.preventsApplicationTerminationWhenModal = NO;
     return alert;

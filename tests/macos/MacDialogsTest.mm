@@ -22,6 +22,7 @@ TEST(MacDialogsTest, AnAlertSaysWhatHasFailed) {
     EXPECT_EQ(utf8(alert.buttons[0].title), "Copy Link");
     EXPECT_EQ(utf8(alert.buttons[0].keyEquivalent), "\r") << "the default";
     EXPECT_EQ(utf8(alert.buttons[1].title), "OK");
+    EXPECT_EQ(utf8(alert.buttons[1].keyEquivalent), "\033") << "what Escape presses";
     EXPECT_EQ(alert.accessoryView, nil);
 }
 
