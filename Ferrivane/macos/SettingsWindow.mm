@@ -12,6 +12,15 @@ static NSSize nsSize(const SettingsWindow::Size& size) {
     return NSMakeSize(size.width, size.height);
 }
 
+// Links and patterns stay as they are typed.
+static void leaveTextAlone(NSWindow* window) {
+    NSTextView* editor = (NSTextView*)[window fieldEditor:YES forObject:nil];
+    editor.automaticQuoteSubstitutionEnabled = NO;
+    editor.automaticDashSubstitutionEnabled = NO;
+    editor.automaticTextReplacementEnabled = NO;
+    editor.automaticSpellingCorrectionEnabled = NO;
+}
+
 @implementation FVSettingsWindow
 
 - (void)sendEvent:(NSEvent*)event {
@@ -65,6 +74,7 @@ static NSSize nsSize(const SettingsWindow::Size& size) {
     self.shouldCascadeWindows = NO;
     [window setFrameAutosaveName:nsString(SettingsWindow::autosaveName)];
     window.delegate = self;
+    leaveTextAlone(window);
     return self;
 }
 

@@ -112,6 +112,15 @@ TEST_F(SettingsEditTest, DrawingLeavesTheInsertionPointWhereItIs) {
     EXPECT_EQ(saved(0).match, "a.eXmple");
 }
 
+TEST_F(SettingsEditTest, WhatIsTypedIsNotCorrected) {
+    edit(0);
+    NSTextView* const editor = (NSTextView*)matchOf(0).currentEditor;
+    EXPECT_FALSE(editor.automaticQuoteSubstitutionEnabled);
+    EXPECT_FALSE(editor.automaticDashSubstitutionEnabled);
+    EXPECT_FALSE(editor.automaticTextReplacementEnabled);
+    EXPECT_FALSE(editor.automaticSpellingCorrectionEnabled);
+}
+
 TEST_F(SettingsEditTest, ANewRuleIsShownAndEditedAtOnce) {
     useRules(100);
     click(Controls::addRule);
