@@ -7,6 +7,9 @@
 namespace ferrivane {
 
 Session::Place MacSession::join(ApplicationEvents& events) {
+    // Or AppKit opens arguments that mean nothing to us as files.
+    [NSUserDefaults.standardUserDefaults
+        registerDefaults:@{@"NSTreatUnknownArgumentsAsOpen" : @"NO"}];
     NSApplication* const application = NSApplication.sharedApplication;
     delegate_ = [[FVApplicationDelegate alloc] initWithEvents:events loop:loop_];
     application.delegate = delegate_;
