@@ -5,6 +5,7 @@
 #include <compare>
 #include <map>
 #include <string>
+#include <utility>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,9 +18,13 @@
 namespace ferrivane::RunningApplications {
 namespace {
 
-std::uint64_t startOf(pid_t process) {
-    const auto status = Processes::status(process);
-    return status ? status->startTime : 0;
+// A parent and its child may have been started in one tick.
+bool isOlder(pid_t process, pid_t other) {
+    const auto start = [](pid_t of) {
+        const auto status = Processes::status(of);
+        return std::pair(status ? status->startTime : 0, of);
+    };
+    return start(process) < start(other);
 }
 
 bool isOwn(pid_t process) {
@@ -78,7 +83,7 @@ std::vector<Applications::Running> current(const DesktopEntries& entries) {
         if (same == result.end()) {
             result.push_back(
                 {process, application->name, application->bundleId, application->path});
-        } else if (startOf(process) < startOf(same->process)) {
+        } else if (isOlder(process, same->process)) {
             same->process = process;
         }
     }

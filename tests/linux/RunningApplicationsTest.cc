@@ -35,9 +35,9 @@ TEST_F(RunningApplicationsTest, TheyAreSortedByTheirNames) {
 }
 
 TEST_F(RunningApplicationsTest, CopiesOfAnApplicationAreToldApartByThePathThatTheirLinksCarry) {
-    const std::string one = copyProgram(WINDOW_STAND_IN, dir / "one/chat");
-    const std::string two = copyProgram(WINDOW_STAND_IN, dir / "two/chat");
-    const std::string sender = copyProgram(SENDER, dir / "three/chat");
+    const std::string one = copyProgram(WINDOW_STAND_IN, dir / "one" / own("chat"));
+    const std::string two = copyProgram(WINDOW_STAND_IN, dir / "two" / own("chat"));
+    const std::string sender = copyProgram(SENDER, dir / "three" / own("chat"));
     writeEntry(entryOf("Chat"), "Chat", one);
     Program first({one, "First"}, variables());
     ASSERT_EQ(first.readLine(), "shown");
@@ -48,11 +48,12 @@ TEST_F(RunningApplicationsTest, CopiesOfAnApplicationAreToldApartByThePathThatTh
     std::string expected;
     for (const auto& [path, process] : {std::pair(one, first.pid()), std::pair(two, second.pid()),
                                         std::pair(sender, third.pid())}) {
-        expected += (expected.empty() ? "" : "\n") + ("Chat (chat)|org.example.Chat|" + path) +
-                    "|" + path + "|" + std::to_string(process);
+        expected += (expected.empty() ? "" : "\n") +
+                    ("Chat (" + own("chat") + ")|" + idOf("Chat") + "|" + path) + "|" + path + "|" +
+                    std::to_string(process);
     }
     EXPECT_TRUE(becomes(expected));
-    EXPECT_EQ(openerOf({sender}), "Chat|org.example.Chat|" + sender);
+    EXPECT_EQ(openerOf({sender}), "Chat|" + idOf("Chat") + "|" + sender);
 }
 
 TEST_F(RunningApplicationsTest, AnApplicationWithoutANameIsListedUnderItsIdentifier) {
@@ -60,9 +61,9 @@ TEST_F(RunningApplicationsTest, AnApplicationWithoutANameIsListedUnderItsIdentif
     Program window({chat, "Window"}, variables());
     ASSERT_EQ(window.readLine(), "shown");
     const std::string rest =
-        "|org.example.Chat|" + chat + "|org.example.Chat|" + std::to_string(window.pid());
+        "|" + idOf("Chat") + "|" + chat + "|" + idOf("Chat") + "|" + std::to_string(window.pid());
     writeEntry(entryOf("Chat"), "Exec=" + chat);
-    EXPECT_TRUE(becomes("org.example.Chat" + rest));
+    EXPECT_TRUE(becomes(idOf("Chat") + rest));
     writeEntry(entryOf("Chat"), "Chat", chat, "Name[de]=Plausch");
     EXPECT_TRUE(becomes("Chat" + rest));
     EXPECT_EQ(running({{"LANGUAGE", "de"}}), "Plausch" + rest + "\n");

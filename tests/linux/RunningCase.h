@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/linux/Display.h"
 #include "tests/linux/Entries.h"
@@ -43,15 +44,18 @@ class RunningCase : public ::testing::Test {
     // A copy of a program, with an entry; of the one that shows windows.
     std::string windowed(const std::string& name) const { return install(WINDOW_STAND_IN, name); }
     std::string install(const char* program, const std::string& name) const {
-        const std::string path = copyProgram(program, dir / "bin" / name);
+        const std::string path = copyProgram(program, dir / "bin" / own(name));
         writeEntry(entryOf(name), name, path);
         return path;
     }
+    // Other processes of this test, at work at the same time, have units that this one sees.
+    static std::string own(const std::string& name) { return name + std::to_string(::getpid()); }
+    static std::string idOf(const std::string& name) { return "org.example." + own(name); }
     std::filesystem::path entryOf(const std::string& name) const {
-        return dir / "applications" / ("org.example." + name + ".desktop");
+        return dir / "applications" / (idOf(name) + ".desktop");
     }
     static std::string line(const std::string& name, const std::string& path, pid_t process) {
-        const std::string id = "org.example." + name;
+        const std::string id = idOf(name);
         return name + "|" + id + "|" + path + "|" + id + "|" + std::to_string(process);
     }
     // What a link that `command` sends says of its sender, before its process.

@@ -16,9 +16,9 @@ constexpr const char* kNoGroup =
     "mounted and writable";
 
 TEST_F(RunningUnitsTest, AnApplicationInAUnitOfItsOwnNeedsNoWindow) {
-    const test::ControlGroup unit("app-gnome-org.example.Chat-1.scope");
-    const test::ControlGroup autostarted("app-org.example.Panel@autostart.service");
-    const test::ControlGroup unknown("app-org.example.Unknown-1.scope");
+    const test::ControlGroup unit("app-gnome-" + idOf("Chat") + "-1.scope");
+    const test::ControlGroup autostarted("app-" + idOf("Panel") + "@autostart.service");
+    const test::ControlGroup unknown("app-" + idOf("Unknown") + "-1.scope");
     const test::ControlGroup service("dbus.service");
     ASSERT_TRUE(unit.isThere() && autostarted.isThere() && unknown.isThere() && service.isThere())
         << kNoGroup;
@@ -39,7 +39,7 @@ TEST_F(RunningUnitsTest, AnApplicationInAUnitOfItsOwnNeedsNoWindow) {
 }
 
 TEST_F(RunningUnitsTest, WhatATerminalRunsIsTheTerminals) {
-    const test::ControlGroup unit("app-org.example.Terminal-1.scope");
+    const test::ControlGroup unit("app-" + idOf("Terminal") + "-1.scope");
     ASSERT_TRUE(unit.isThere()) << kNoGroup;
     const std::string terminal = install(SENDER, "Terminal");
     const std::string chat = windowed("Chat");
@@ -51,37 +51,38 @@ TEST_F(RunningUnitsTest, WhatATerminalRunsIsTheTerminals) {
     EXPECT_TRUE(
         becomes(line("Chat", chat, started.pid()) + "\n" + line("Terminal", terminal, tool.pid())));
     EXPECT_EQ(openerOf(unit.running({terminal, "sh", "-c", "\"$@\"; true", "sh"})),
-              "Terminal|org.example.Terminal|" + terminal);
+              "Terminal|" + idOf("Terminal") + "|" + terminal);
 }
 
 TEST_F(RunningUnitsTest, AShellThatStartsAnApplicationIsNeitherACopyNorAnotherApplication) {
-    const test::ControlGroup unit("app-org.example.Chat-1.scope");
+    const test::ControlGroup unit("app-" + idOf("Chat") + "-1.scope");
     ASSERT_TRUE(unit.isThere()) << kNoGroup;
-    const std::string chat = copyProgram(WINDOW_STAND_IN, dir / "lib/chat");
-    const std::string sender = copyProgram(SENDER, dir / "lib/sender/chat");
-    const auto wrapper = test::writeScript(dir / "bin/chat", "#!/usr/bin/env bash\n\"$@\"\ntrue\n");
+    const std::string chat = copyProgram(WINDOW_STAND_IN, dir / "lib" / own("chat"));
+    const std::string sender = copyProgram(SENDER, dir / "lib/sender" / own("chat"));
+    const auto wrapper =
+        test::writeScript(dir / "bin" / own("chat"), "#!/usr/bin/env bash\n\"$@\"\ntrue\n");
     writeEntry(entryOf("Chat"), "Chat", wrapper);
     writeEntry(entryOf("Editor"), "Editor", "bash -c 'editor %u'");
     Program shell(unit.running({wrapper, chat, "Window"}), variables());
     ASSERT_EQ(shell.readLine(), "shown");
     const auto isListed = [&] {
         const std::string text = running();
-        return text.starts_with("Chat|org.example.Chat|" + chat + "|org.example.Chat|") &&
+        return text.starts_with("Chat|" + idOf("Chat") + "|" + chat + "|" + idOf("Chat") + "|") &&
                text.find('\n') + 1 == text.size();
     };
     EXPECT_TRUE(test::waitUntil(isListed, std::chrono::seconds(5))) << running();
     shell.end();
     const std::string opener = openerOf(unit.running({wrapper, sender}));
-    EXPECT_EQ(opener, "Chat|org.example.Chat|" + sender);
+    EXPECT_EQ(opener, "Chat|" + idOf("Chat") + "|" + sender);
 
     Program alone(unit.running({wrapper, "cat"}), variables());
     EXPECT_TRUE(test::waitUntil([&] { return running() != "\n"; }, std::chrono::seconds(5)));
-    EXPECT_TRUE(running().starts_with("Chat|org.example.Chat|" + wrapper.string() + "|"))
+    EXPECT_TRUE(running().starts_with("Chat|" + idOf("Chat") + "|" + wrapper.string() + "|"))
         << running();
 }
 
 TEST_F(RunningUnitsTest, AnApplicationThatHasEndedIsNotListed) {
-    const test::ControlGroup unit("app-org.example.Chat-1.scope");
+    const test::ControlGroup unit("app-" + idOf("Chat") + "-1.scope");
     ASSERT_TRUE(unit.isThere()) << kNoGroup;
     const std::string chat = windowed("Chat");
     Program ended(unit.running({chat}), variables());
@@ -94,20 +95,20 @@ TEST_F(RunningUnitsTest, AnApplicationThatHasEndedIsNotListed) {
 }
 
 TEST_F(RunningUnitsTest, ThisVeryProgramIsNeverListed) {
-    const test::ControlGroup terminal("app-org.example.Terminal-1.scope");
-    const test::ControlGroup own("app-com.hollowmere.ferrivane@autostart.service");
-    ASSERT_TRUE(terminal.isThere() && own.isThere()) << kNoGroup;
+    const test::ControlGroup terminal("app-" + idOf("Terminal") + "-1.scope");
+    const test::ControlGroup ours("app-com.hollowmere.ferrivane@autostart.service");
+    ASSERT_TRUE(terminal.isThere() && ours.isThere()) << kNoGroup;
     const std::string chat = windowed("Chat");
     install(SENDER, "Terminal");
     writeEntry(dir / "applications/com.hollowmere.ferrivane.desktop", "Ferrivane",
                dir / "other/Ferrivane");
     // Its windows are those of a process whose file was replaced, as an upgrade does.
-    const auto program = dir / "bin/Program";
+    const auto program = dir / "bin" / own("Program");
     writeEntry(entryOf("Program"), "Program", copyProgram(WINDOW_STAND_IN, program));
     Program window(terminal.running({program, "Settings"}), variables());
     ASSERT_EQ(window.readLine(), "shown");
-    const Program agent(own.running({copyProgram(WINDOW_STAND_IN, dir / "other/Ferrivane"), "Own"}),
-                        variables());
+    const Program agent(
+        ours.running({copyProgram(WINDOW_STAND_IN, dir / "other/Ferrivane"), "Own"}), variables());
     Program other({chat, "Window"}, variables());
     ASSERT_EQ(other.readLine(), "shown");
     const std::string rest = line("Chat", chat, other.pid());
