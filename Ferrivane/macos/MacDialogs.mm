@@ -14,7 +14,9 @@ NSScrollView* scrolling(std::string_view text) {
     scroll.frame = kScrollingText;
     NSTextView* const view = scroll.documentView;
     view.font = [NSFont systemFontOfSize:NSFont.smallSystemFontSize];
+    view.richText = NO;
     view.string = nsString(text);
+    view.textColor = NSColor.labelColor;
     view.editable = NO;
     return scroll;
 }
