@@ -49,7 +49,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::showSettings(const std::optional<std::string>& activationToken) {
     if (!settings_) settings_.emplace(platform_, store, menuBar_);
-    store.reload();
+    settings_->reload();
     platform_.userInterface.showSettings(*settings_, activationToken);
 }
 

@@ -1,6 +1,8 @@
 #include "Ferrivane/RulesStore.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <tuple>
 
 #include "Ferrivane/ProfileSource.h"
 #include "core/ChromeProfiles.h"
@@ -10,6 +12,26 @@
 
 namespace ferrivane {
 
+// Rules that read the same at the beginning or at the end of both lists are the same rules, so that
+// whoever is about to change one still does.
+static void keepIdentifiers(std::vector<Rule>& rules, const std::vector<Rule>& before) {
+    const auto isSame = [](const Rule& rule, const Rule& other) {
+        return std::tie(rule.kind, rule.match, rule.profile, rule.comment) ==
+               std::tie(other.kind, other.match, other.profile, other.comment);
+    };
+    const std::size_t most = std::min(rules.size(), before.size());
+    std::size_t first = 0;
+    for (; first < most && isSame(rules[first], before[first]); ++first) {
+        rules[first].id = before[first].id;
+    }
+    for (std::size_t last = 1; last <= most - first; ++last) {
+        Rule& rule = rules[rules.size() - last];
+        const Rule& other = before[before.size() - last];
+        if (!isSame(rule, other)) break;
+        rule.id = other.id;
+    }
+}
+
 RulesStore::RulesStore(const Platform& platform, Log& log, std::filesystem::path rulesFile)
     : platform_(platform), log_(log), rulesFile_(std::move(rulesFile)) {}
 
@@ -18,6 +40,7 @@ void RulesStore::reload() {
     setProblem(std::nullopt);
     if (auto config = read()) {
         if (isUnsaved_) log_.warn("edits that could not be saved gave way to rules.json as it is");
+        keepIdentifiers(config->rules, config_.rules);
         setConfig(std::move(*config));
         isUnsaved_ = false;
     } else {
@@ -43,18 +66,20 @@ void RulesStore::reload() {
 void RulesStore::reloadIfChanged() {
     if (isUnsaved_) return;
     const auto text = readFile(rulesFile_);
-    if (text && *text != knownText_) reload();
+    if (text && *text != seenText_) reload();
 }
 
 std::expected<Config, ConfigError> RulesStore::read() {
     knownText_.reset();
+    seenText_.reset();
     if (const auto made = Config::ensureExists(rulesFile_); !made) {
         return std::unexpected(made.error());
     }
     auto text = readFile(rulesFile_);
     if (!text) return std::unexpected(ConfigError{.fileError = text.error()});
     auto config = Config::decode(*text);
-    if (config) knownText_ = std::move(*text);
+    if (config) knownText_ = *text;
+    seenText_ = std::move(*text);
     return config;
 }
 
@@ -65,35 +90,53 @@ void RulesStore::setConfig(Config config) {
 }
 
 void RulesStore::save() {
-    keepTextOfOthers();
-    const auto saved = config_.save(rulesFile_);
+    const auto kept = keepTextOfOthers();
+    auto saved =
+        kept ? config_.save(rulesFile_) : std::unexpected(ConfigError{.fileError = kept.error()});
     isUnsaved_ = !saved;
     if (saved) {
-        knownText_ = config_.encode().value_or("");
+        knownText_ = seenText_ = config_.encode().value_or("");
         setProblem(std::nullopt);
     } else {
         setProblem("cannot save rules.json: " + saved.error().description());
     }
 }
 
-// What somebody else has written, and is not shown here, must not be lost by our save.
-void RulesStore::keepTextOfOthers() const {
+// What somebody else has written, and is not shown here, must not be lost by our save: the newest
+// of it is in rules.json.bak, what that held before in rules.json.bak.1 and so on.
+std::expected<void, FileError> RulesStore::keepTextOfOthers() {
     const auto text = readFile(rulesFile_);
     const bool isMissing = !text && text.error().code == ENOENT;
-    if (isMissing || (text && *text == knownText_)) return;
+    if (isMissing || (text && (*text == knownText_ || *text == keptText_))) return {};
     const std::filesystem::path copy = rulesFile_.string() + ".bak";
     std::error_code error;
+    if (std::filesystem::symlink_status(copy, error).type() !=
+        std::filesystem::file_type::not_found) {
+        std::filesystem::path older;
+        for (int number = 1;; ++number) {
+            older = copy.string() + "." + std::to_string(number);
+            if (std::filesystem::symlink_status(older, error).type() ==
+                std::filesystem::file_type::not_found) {
+                break;
+            }
+        }
+        std::filesystem::rename(copy, older, error);
+        if (error)
+            return std::unexpected(FileError{FileError::Operation::replace, copy, error.value()});
+    }
     if (text) {
-        std::filesystem::remove(copy, error);
-        const auto written = AtomicFile::write(copy, *text);
-        if (!written)
-            return log_.error("cannot keep " + copy.string() + ": " +
-                              written.error().description());
+        if (auto written = AtomicFile::write(copy, *text); !written) return written;
+        keptText_ = *text;
     } else {
-        std::filesystem::rename(rulesFile_, copy, error);
-        if (error) return log_.error("cannot keep " + copy.string() + ": " + error.message());
+        // A link stays; what it leads to makes room.
+        auto unreadable = std::filesystem::canonical(rulesFile_, error);
+        if (error) unreadable = rulesFile_;
+        std::filesystem::rename(unreadable, copy, error);
+        if (error)
+            return std::unexpected(FileError{FileError::Operation::replace, copy, error.value()});
     }
     log_.warn("rules.json was changed elsewhere; what it said is kept in " + copy.string());
+    return {};
 }
 
 Uuid RulesStore::addRule() {

@@ -18,6 +18,7 @@
 #include "core/Decision.h"
 #include "core/Log.h"
 #include "core/Opener.h"
+#include "core/support/FileError.h"
 
 namespace ferrivane {
 
@@ -57,7 +58,7 @@ class RulesStore {
 
   private:
     void save();
-    void keepTextOfOthers() const;
+    std::expected<void, FileError> keepTextOfOthers();
     std::expected<Config, ConfigError> read();
     void setProblem(std::optional<std::string> problem);
 
@@ -71,6 +72,8 @@ class RulesStore {
     bool loading_ = false;
     bool isUnsaved_ = false;
     std::optional<std::string> knownText_;  // of the file, as it was last read well or written
+    std::optional<std::string> seenText_;   // as it was last read, well or not, or written
+    std::optional<std::string> keptText_;   // of others, last put aside
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);  // for completions
 };
 

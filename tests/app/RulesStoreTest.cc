@@ -1,3 +1,5 @@
+#include <set>
+
 #include <gmock/gmock.h>
 
 #include "Ferrivane/RulesStore.h"
@@ -247,6 +249,52 @@ TEST_F(RulesStoreTest, WhatLiesThereAndIsNoReadableFileIsMovedAside) {
     store().addRule();
     EXPECT_TRUE(std::filesystem::is_directory(kept()));
     EXPECT_THAT(onDisk().rules, SizeIs(1));
+}
+
+TEST_F(RulesStoreTest, EveryTextOfOthersIsKept) {
+    store().reload();
+    for (const char* text : {"FIRST", "SECOND", "THIRD"}) {
+        test::writeText(rulesFile, text);
+        store().addRule();
+    }
+    EXPECT_EQ(test::readText(kept()), "THIRD");
+    EXPECT_EQ(test::readText(kept().string() + ".1"), "FIRST");
+    EXPECT_EQ(test::readText(kept().string() + ".2"), "SECOND");
+}
+
+TEST_F(RulesStoreTest, ALinkStaysWhenWhatItLeadsToCannotBeRead) {
+    store().reload();
+    std::filesystem::remove(rulesFile);
+    std::filesystem::create_directory(dir / "elsewhere");
+    std::filesystem::create_symlink(dir / "elsewhere", rulesFile);
+    store().addRule();
+    EXPECT_TRUE(std::filesystem::is_symlink(rulesFile));
+    EXPECT_TRUE(std::filesystem::is_directory(kept()));
+    EXPECT_THAT(onDisk().rules, SizeIs(1));
+}
+
+TEST_F(RulesStoreTest, RulesThatReadTheSameAreTheSame) {
+    store().reload();
+    test::writeText(rulesFile, kTwoRules);
+    store().reload();
+    const Uuid a = store().config().rules[0].id;
+    const Uuid b = store().config().rules[1].id;
+    store().reload();
+    EXPECT_EQ(store().config().rules[0].id, a);
+    Config more = store().config();
+    more.rules.insert(more.rules.begin(), Rule(Rule::Kind::url, "new", ""));
+    ASSERT_TRUE(more.save(rulesFile));
+    store().reload();
+    EXPECT_THAT(matches(), ElementsAre("new", "a", "b"));
+    EXPECT_EQ(store().config().rules[1].id, a);
+    EXPECT_EQ(store().config().rules[2].id, b);
+    Config twice = store().config();
+    twice.rules = {twice.rules[1], twice.rules[1], twice.rules[1]};
+    ASSERT_TRUE(twice.save(rulesFile));
+    store().reload();
+    std::set<std::string> identifiers;
+    for (const Rule& rule : store().config().rules) identifiers.insert(rule.id.text());
+    EXPECT_EQ(identifiers.size(), 3U) << "no two rules are one";
 }
 
 TEST_F(RulesStoreTest, OurOwnTextAndAMissingFileAreNotKept) {

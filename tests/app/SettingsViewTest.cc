@@ -198,6 +198,18 @@ TEST_F(SettingsViewTest, WhatOthersWriteWaitsForTheEndOfADrag) {
     EXPECT_EQ(store->config().defaultProfile, "Other");
 }
 
+TEST_F(SettingsViewTest, WhatOthersWriteWaitsForTheEndOfAnInteraction) {
+    bool isOpen = true;
+    view->isInteracting = [&] { return isOpen; };
+    writeRules(R"({"defaultProfile": "Other"})");
+    view->rulesFileChanged();
+    view->reload();
+    EXPECT_EQ(store->config().defaultProfile, "Default");
+    isOpen = false;
+    view->readChanges();
+    EXPECT_EQ(store->config().defaultProfile, "Other");
+}
+
 TEST_F(SettingsViewTest, ADropAfterTheEndOfADragMovesNothing) {
     view->beginDrag(id(2));
     view->setDropTargeted(id(0), true);

@@ -155,6 +155,77 @@ TEST_F(RulesListTest, KeysMoveARule) {
     EXPECT_THAT(matchesOnDisk(), ElementsAre("b", "Mail", "a.example"));
 }
 
+TEST_F(RulesListTest, AltAndAnArrowMoveFromEveryControlOfARow) {
+    fake.applications.applicationsRunning = {{7, "Chat", "org.example.Chat", "/chat"}};
+    open();
+    for (const Control& control :
+         {C::handle, C::kind, C::match, C::fillIn, C::profile, C::remove}) {
+        const auto before = store.config();
+        QWidget* const widget = inRow<QWidget>(2, control);
+        widget->setFocus();
+        QTest::keyClick(widget, Qt::Key_Up, Qt::AltModifier);
+        settle();
+        EXPECT_THAT(matchesOnDisk(), ElementsAre("a.example", "Mail", "b")) << control.identifier;
+        EXPECT_EQ(QApplication::focusWidget(), widget) << control.identifier;
+        QTest::keyClick(widget, Qt::Key_Down, Qt::AltModifier);
+        settle();
+        EXPECT_EQ(store.config(), before) << control.identifier << " changes nothing else";
+    }
+}
+
+TEST_F(RulesListTest, ArrowsGoFromFieldToField) {
+    openWithRules(40);
+    match(0)->setFocus();
+    QTest::keyClick(match(0), Qt::Key_Up);
+    EXPECT_TRUE(match(0)->hasFocus());
+    for (std::size_t i = 0; i < 39; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+        ASSERT_TRUE(match(i + 1)->hasFocus()) << i;
+    }
+    QTest::keyClick(match(39), Qt::Key_Down);
+    EXPECT_TRUE(match(39)->hasFocus());
+}
+
+TEST_F(RulesListTest, TheHandleOpensTheMenu) {
+    open();
+    QWidget* const handle = inRow<QWidget>(1, C::handle);
+    handle->setFocus();
+    whilePopupIsOpen([&] { QTest::keyClick(handle, Qt::Key_Space); },
+                     [](QWidget* popup) { popup->actions()[0]->trigger(); });
+    EXPECT_THAT(matchesOnDisk(), ElementsAre("b", "a.example", "Mail"));
+}
+
+TEST_F(RulesListTest, AButtonThatAppearsIsReachedByTheTabKey) {
+    open();
+    auto* kind = inRow<QComboBox>(0, C::kind);
+    kind->setCurrentIndex(2);
+    emit kind->activated(2);
+    fake.applications.applicationsRunning = {{7, "Chat", "org.example.Chat", "/chat"}};
+    view->refresh();
+    settle();
+    match(0)->setFocus();
+    QTest::keyClick(match(0), Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget(), inRow<QWidget>(0, C::fillIn));
+}
+
+TEST_F(RulesListTest, TheFieldOfAnInactiveWindowStaysItsRules) {
+    openWithRules(100);
+    QLineEdit* const field = match(1);
+    field->setFocus();
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    bar().setValue(bar().maximum());
+    settle();
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    EXPECT_EQ(QApplication::focusWidget(), field);
+    QTest::keyClick(field, Qt::Key_End);
+    QTest::keyClicks(field, "Q");
+    EXPECT_EQ(onDisk().rules[1].match, "host1Q");
+}
+
 TEST_F(RulesListTest, AMovedRuleStaysInSight) {
     openWithRules(50);
     QWidget* const handle = inRow<QWidget>(0, C::handle);
@@ -263,7 +334,10 @@ TEST_F(RulesListTest, ATextFromElsewhereMovesNothing) {
     const std::string before = test::readText(rulesFile);
     carried.setText("https://elsewhere.example/");
     enter(list().viewport());
-    EXPECT_TRUE(drop(place(0))) << "accepted all the same";
+    QDropEvent event(place(0), Qt::MoveAction | Qt::CopyAction, &carried, Qt::LeftButton, {});
+    QApplication::sendEvent(list().viewport(), &event);
+    EXPECT_TRUE(event.isAccepted());
+    EXPECT_EQ(event.dropAction(), Qt::CopyAction) << "or it would vanish where it comes from";
     EXPECT_EQ(test::readText(rulesFile), before);
 }
 

@@ -81,6 +81,17 @@ TEST_F(SettingsLooksTest, ALongProfileNameIsShortenedAndWholeInTheToolTip) {
     EXPECT_EQ(shown->toolTip().toStdString(), name) << "instead of the hint";
 }
 
+TEST_F(SettingsLooksTest, ALongWordDoesNotWidenTheWindow) {
+    writeRules(R"({"rules": [{"kind": "url", "match": "x", "profile": ")" + std::string(300, 'w') +
+               R"("}]})");
+    open();
+    QTest::keyClicks(find<QLineEdit>(C::testURL), "x");
+    settle();
+    EXPECT_EQ(window->width(), 820);
+    EXPECT_EQ(window->minimumWidth(), 700);
+    EXPECT_EQ(find<QLabel>(C::testResult)->toolTip(), find<QLabel>(C::testResult)->text());
+}
+
 // As long as the texts of languages that need a third more room.
 TEST_F(SettingsLooksTest, LargerLettersStillHaveRoom) {
     QFont large = font_;

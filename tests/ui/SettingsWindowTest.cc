@@ -3,6 +3,11 @@
 #include <QGroupBox>
 #include <QLayout>
 #include <QMenu>
+#include <QMenuBar>
+#include <array>
+
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include "Ferrivane/SettingsWindow.h"
 #include "tests/ui/SettingsCase.h"
@@ -136,10 +141,17 @@ TEST_F(SettingsWindowTest, EachKeystrokeIsSaved) {
     open();
     match(1)->setFocus();
     QTest::keyClick(match(1), Qt::Key_End);
+    const int watch = ::inotify_init1(IN_NONBLOCK);
+    ::inotify_add_watch(watch, dir.path().c_str(), IN_MOVED_TO);
     for (const char* text : {"bx", "bxy", "bxyz"}) {
         QTest::keyClick(match(1), text[std::string(text).size() - 1]);
         EXPECT_EQ(onDisk().rules[1].match, text);
+        std::array<char, 4096> events{};
+        const ssize_t size = ::read(watch, events.data(), events.size());
+        const auto* event = reinterpret_cast<const inotify_event*>(events.data());
+        EXPECT_EQ(size, static_cast<ssize_t>(sizeof *event + event->len)) << "written once";
     }
+    ::close(watch);
     settle();
     EXPECT_EQ(match(1)->text(), "bxyz");
     EXPECT_EQ(match(1)->cursorPosition(), 4);
@@ -386,20 +398,129 @@ TEST_F(SettingsWindowTest, WhatOthersWriteAppears) {
     EXPECT_TRUE(appears("later"));
 }
 
-TEST_F(SettingsWindowTest, AFieldThatIsEnteredWhileTheRulesChangeIsTheNewRules) {
+TEST_F(SettingsWindowTest, FromOneFieldToAnotherIsStillEditing) {
     open();
     match(0)->setFocus();
-    writeRules(R"({"rules": [{"kind": "url", "match": "one", "profile": ""},
-                             {"kind": "url", "match": "two", "profile": ""}]})");
+    writeRules(R"({"defaultProfile": "Theirs"})");
     view->rulesFileChanged();
     QTest::mouseClick(match(1), Qt::LeftButton);
     settle();
     EXPECT_TRUE(match(1)->hasFocus());
-    EXPECT_EQ(match(1)->text(), "two");
     EXPECT_EQ(view->focusedRule(), id(1));
     QTest::keyClick(match(1), Qt::Key_End);
     QTest::keyClicks(match(1), "!");
-    EXPECT_THAT(matchesOnDisk(), ElementsAre("one", "two!"));
+    EXPECT_THAT(matchesOnDisk(), ElementsAre("a.example", "b!", "Mail"));
+    EXPECT_EQ(test::readText(rulesFile.string() + ".bak"), R"({"defaultProfile": "Theirs"})");
+}
+
+TEST_F(SettingsWindowTest, AMenuThatIsOpenMeetsTheRuleThatItWasOpenedFor) {
+    open();
+    const std::string theirs = R"({"rules": [{"kind": "url", "match": "new", "profile": ""},
+        {"kind": "host", "match": "a.example", "profile": "Work"},
+        {"kind": "url", "match": "b", "profile": "Home"}]})";
+    whilePopupIsOpen(
+        [this] {
+            QContextMenuEvent event(QContextMenuEvent::Mouse, {2, 2},
+                                    row(1)->mapToGlobal(QPoint(2, 2)));
+            QApplication::sendEvent(row(1), &event);
+        },
+        [&](QWidget* popup) {
+            writeRules(theirs);
+            QTest::qWait(150);
+            view->rulesFileChanged();
+            EXPECT_EQ(match(1)->text(), "b") << "it waits for the end of the menu";
+            popup->actions()[3]->trigger();
+        });
+    settle();
+    EXPECT_THAT(matchesOnDisk(), ElementsAre("a.example", "Mail"));
+    EXPECT_EQ(test::readText(rulesFile.string() + ".bak"), theirs);
+}
+
+TEST_F(SettingsWindowTest, WhatOthersWroteIsReadAfterTheMenuIsClosed) {
+    open();
+    whilePopupIsOpen(
+        [this] {
+            QContextMenuEvent event(QContextMenuEvent::Mouse, {2, 2},
+                                    row(1)->mapToGlobal(QPoint(2, 2)));
+            QApplication::sendEvent(row(1), &event);
+        },
+        [&](QWidget*) {
+            writeRules(R"({"rules": [{"kind": "url", "match": "new", "profile": ""}]})");
+            view->rulesFileChanged();
+        });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return match(0)->text() == "new"; }, 5000));
+}
+
+TEST_F(SettingsWindowTest, WhatCannotBeSavedIsSaid) {
+    open();
+    const auto aside = dir.path().string() + "-aside";
+    std::filesystem::rename(dir.path(), aside);
+    test::writeText(dir.path(), "");
+    match(0)->setFocus();
+    QTest::keyClick(match(0), Qt::Key_End);
+    QTest::keyClicks(match(0), "x");
+    settle();
+    EXPECT_TRUE(label(C::problem)->isVisible());
+    EXPECT_THAT(label(C::problem)->text().toStdString(),
+                ::testing::StartsWith("cannot save rules.json: "));
+    EXPECT_EQ(match(0)->text(), "a.examplex");
+    std::filesystem::remove(dir.path());
+    std::filesystem::rename(aside, dir.path());
+    QTest::keyClicks(match(0), "y");
+    settle();
+    EXPECT_FALSE(label(C::problem)->isVisible());
+    EXPECT_EQ(onDisk().rules[0].match, "a.examplexy");
+}
+
+TEST_F(SettingsWindowTest, AnUndoSurvivesAReloadThatChangesNothing) {
+    open();
+    match(0)->setFocus();
+    QTest::keyClick(match(0), Qt::Key_End);
+    QTest::keyClicks(match(0), "x");
+    store.reload();
+    settle();
+    QTest::keyClick(match(0), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(onDisk().rules[0].match, "a.example");
+}
+
+TEST_F(SettingsWindowTest, NamesOfApplicationsAreNoAccessKeys) {
+    fake.applications.applicationsRunning = {{7, "Rock & Roll", "org.example.Rock", "/rock"}};
+    open();
+    auto* button = inRow<QToolButton>(2, C::fillIn);
+    whilePopupIsOpen(
+        [&] { button->showMenu(); },
+        [](QWidget* popup) { EXPECT_EQ(popup->actions()[0]->text(), "Rock && Roll"); });
+}
+
+TEST_F(SettingsWindowTest, TheMenuBarIsNotBesideTheField) {
+    open();
+    match(0)->setFocus();
+    QMenuBar* const bar = window->menuBar();
+    whilePopupIsOpen(
+        [&] {
+            QTest::mouseClick(bar, Qt::LeftButton, {},
+                              bar->actionGeometry(bar->actions()[1]).center());
+        },
+        [&](QWidget* popup) {
+            EXPECT_TRUE(popup->actions().back()->isEnabled()) << "Select All";
+            popup->actions().back()->trigger();
+        });
+    EXPECT_EQ(match(0)->selectedText(), "a.example");
+}
+
+TEST_F(SettingsWindowTest, ARuleAddedWhileAnotherWindowIsActiveKeepsNobodyWaiting) {
+    open();
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    view->addRule();
+    settle();
+    EXPECT_EQ(view->focusedRule(), std::nullopt);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    EXPECT_TRUE(match(3)->hasFocus());
+    EXPECT_EQ(view->focusedRule(), id(3));
 }
 
 }  // namespace

@@ -9,10 +9,23 @@ QLabel* plainLabel(std::string_view text, bool wraps) {
     return label;
 }
 
-Banner::Banner(const Control& text, const Control& button)
+QLabel* stretching(QLabel* label) {
+    QSizePolicy policy = label->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Ignored);
+    label->setSizePolicy(policy);
+    return label;
+}
+
+void showText(QLabel* label, std::string_view text) {
+    if (label->text() == qt(text)) return;
+    label->setText(qt(text));
+    label->setToolTip(plainToolTip(qt(text)));
+}
+
+BannerRow::BannerRow(const Control& text, const Control& button)
     : row_(new QHBoxLayout(this)),
       symbol_(new Symbol({}, Tint::orange, 20)),
-      text_(plainLabel()),
+      text_(stretching(plainLabel())),
       button_(new QPushButton) {
     identify(text_, text);
     identify(button_, button);
@@ -23,10 +36,10 @@ Banner::Banner(const Control& text, const Control& button)
     row_->addWidget(button_);
 }
 
-void Banner::show(const SettingsView::Banner& banner) {
+void BannerRow::display(const SettingsView::Banner& banner) {
     const bool isGreen = banner.tint == SettingsView::Banner::Tint::green;
-    symbol_->show(banner.symbol, isGreen ? Tint::green : Tint::orange);
-    text_->setText(qt(banner.text));
+    symbol_->display(banner.symbol, isGreen ? Tint::green : Tint::orange);
+    showText(text_, banner.text);
     button_->setText(qt(banner.button));
     button_->setVisible(!banner.button.empty());
 }

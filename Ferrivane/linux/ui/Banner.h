@@ -12,13 +12,13 @@
 
 namespace ferrivane {
 
-class Banner : public QWidget {
+class BannerRow : public QWidget {
   public:
-    Banner(const Control& text, const Control& button);
+    BannerRow(const Control& text, const Control& button);
 
     QPushButton* button() const { return button_; }
     void addButton(QPushButton* more) { row_->addWidget(more); }
-    void show(const SettingsView::Banner& banner);
+    void display(const SettingsView::Banner& banner);
 
   private:
     QHBoxLayout* row_;
@@ -29,5 +29,9 @@ class Banner : public QWidget {
 
 // A text that wraps, and is never read as markup.
 QLabel* plainLabel(std::string_view text = {}, bool wraps = true);
+// Takes the width that is there: a long word does not widen the window.
+QLabel* stretching(QLabel* label);
+// Shows the text unless it is shown, which keeps what is selected; whole in the tool tip.
+void showText(QLabel* label, std::string_view text);
 
 }  // namespace ferrivane

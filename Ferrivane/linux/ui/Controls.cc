@@ -11,6 +11,7 @@ namespace ferrivane {
 namespace {
 
 constexpr int kWidestList = 480;
+constexpr int kLongestText = 1 << 20;  // a longer one would be cut, and saved so
 
 void name(QWidget* widget, const Control& control, const QString& text) {
     widget->setObjectName(qt(control.identifier));
@@ -20,6 +21,10 @@ void name(QWidget* widget, const Control& control, const QString& text) {
 }
 
 }  // namespace
+
+QString plainToolTip(const QString& text) {
+    return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
+}
 
 void identify(QWidget* widget, const Control& control) {
     name(widget, control, qt(control.name));
@@ -71,7 +76,7 @@ QString Combo::shortened() const {
 }
 
 void Combo::updateToolTip() {
-    setToolTip(shortened() == currentText() ? hint_ : currentText());
+    setToolTip(shortened() == currentText() ? hint_ : plainToolTip(currentText()));
 }
 
 void Combo::paintEvent(QPaintEvent*) {
@@ -84,6 +89,7 @@ void Combo::paintEvent(QPaintEvent*) {
 }
 
 Field::Field(QWidget* parent) : QLineEdit(parent) {
+    setMaxLength(kLongestText);
     dimPlaceholder();
 }
 

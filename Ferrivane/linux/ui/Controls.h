@@ -18,6 +18,9 @@ inline QString qt(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
+// A tool tip that is not taken for markup.
+QString plainToolTip(const QString& text);
+
 // Gives the control its identifier and the name that is read out. Qt reads a combo box's current
 // text out as its name; such a control gets the name as its description too.
 void identify(QWidget* widget, const Control& control);

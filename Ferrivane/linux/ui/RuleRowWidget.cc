@@ -30,6 +30,7 @@ class Handle : public QWidget {
         setFocusPolicy(Qt::TabFocus);
         setCursor(Qt::OpenHandCursor);
         setToolTip(qt(RuleRow::handleToolTip));
+        setAccessibleDescription(QStringLiteral("Up and Down move the rule"));
     }
 
   protected:
@@ -77,6 +78,11 @@ RuleRowWidget::RuleRowWidget(SettingsView& view, Requests requests, QWidget* par
       fillIn_(borderless("app.badge.checkmark", RuleRow::fillInToolTip, this)),
       profile_(new Combo(Measures::profileWidth, this)),
       remove_(borderless("minus.circle", RuleRow::removeToolTip, this)) {
+    for (QWidget* control : {handle_, static_cast<QWidget*>(kind_), static_cast<QWidget*>(match_),
+                             static_cast<QWidget*>(fillIn_), static_cast<QWidget*>(profile_),
+                             static_cast<QWidget*>(remove_)}) {
+        control->installEventFilter(this);
+    }
     [[maybe_unused]] static const bool installed = (QAccessible::installFactory(accessible), true);
     auto* arrow = new Symbol("arrow.right", Tint::secondary);
     auto* row = new QHBoxLayout(this);
@@ -99,7 +105,6 @@ RuleRowWidget::RuleRowWidget(SettingsView& view, Requests requests, QWidget* par
     // Not textEdited: assistive programs set the text.
     connect(match_, &QLineEdit::textChanged, this,
             [this](const QString& text) { view_.setMatch(*rule_, text.toStdString()); });
-    match_->installEventFilter(this);
     connect(profile_, &QComboBox::activated, this,
             [this] { view_.setProfile(*rule_, profile_->currentValue().toStdString()); });
     connect(remove_, &QToolButton::clicked, this, [this] { view_.removeRule(Uuid(*rule_)); });
@@ -136,7 +141,7 @@ void RuleRowWidget::bind(std::size_t index) {
     }
     match_->setPlaceholderText(qt(view_.matchPlaceholder(rule.kind)));
     fillIn_->setVisible(RuleRow::hasFillInMenu(rule.kind));
-    fillIn_->setEnabled(!view_.runningApps().empty());
+    fillIn_->setEnabled(view_.canFillIn());
     profile_->showChoices(view_.profileChoices(rule.profile));
     if (isOther && match_->hasFocus()) view_.setFocusedRule(rule_);
 }
@@ -148,6 +153,11 @@ std::vector<QWidget*> RuleRowWidget::controls() const {
     return shown;
 }
 
+bool RuleRowWidget::holdsFocus() const {
+    const QWidget* const focused = window()->focusWidget();
+    return focused != nullptr && isAncestorOf(focused);
+}
+
 void RuleRowWidget::focusMatch() {
     if (!match_->hasFocus()) match_->setFocus(Qt::OtherFocusReason);
 }
@@ -156,8 +166,9 @@ void RuleRowWidget::fillIn() {
     QMenu* const menu = fillIn_->menu();
     menu->clear();
     for (const RunningApp& app : view_.runningApps()) {
-        menu->addAction(qt(app.name), this,
-                        [this, text = app.matchValue] { view_.setMatch(*rule_, text); });
+        menu->addAction(
+            qt(app.name).replace('&', "&&"), this,
+            [this, rule = *rule_, text = app.matchValue] { view_.setMatch(rule, text); });
     }
 }
 
@@ -174,7 +185,12 @@ void RuleRowWidget::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void RuleRowWidget::contextMenuEvent(QContextMenuEvent* event) {
+    showContextMenu(event->globalPos());
+}
+
+void RuleRowWidget::showContextMenu(const QPoint& place) {
     QMenu menu(this);
+    const Uuid rule = *rule_;
     const auto items = RuleRow::contextMenu(view_.canMoveUp(index_), view_.canMoveDown(index_));
     for (const auto& item : items) {
         using enum RuleRow::ContextItem::Action;
@@ -182,31 +198,45 @@ void RuleRowWidget::contextMenuEvent(QContextMenuEvent* event) {
             menu.addSeparator();
             continue;
         }
-        QAction* const action = menu.addAction(qt(item.title), this, [this, &item] {
-            if (item.action == remove) return view_.removeRule(Uuid(*rule_));
+        QAction* const action = menu.addAction(qt(item.title), this, [this, rule, &item] {
+            if (item.action == remove) return view_.removeRule(rule);
             requests_.move(*this, item.action == moveUp ? -1 : 1);
         });
         action->setEnabled(item.isEnabled);
     }
-    menu.exec(event->globalPos());
+    menu.exec(place);
 }
 
-// Alt with an arrow moves the rule from anywhere in its row; on the handle the arrow is enough.
+// Alt with an arrow moves the rule from anywhere in its row. The arrow alone: on the handle too; in
+// the field it goes to that of another row.
 void RuleRowWidget::keyPressEvent(QKeyEvent* event) {
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
     const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
-    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    if (isArrow &&
-        (modifiers == Qt::AltModifier || (modifiers == Qt::NoModifier && handle_->hasFocus()))) {
-        return requests_.move(*this, event->key() == Qt::Key_Up ? -1 : 1);
+    const std::ptrdiff_t offset = event->key() == Qt::Key_Up ? -1 : 1;
+    if (isPlain && handle_->hasFocus()) {
+        if (isArrow) return requests_.move(*this, offset);
+        if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Return) {
+            return showContextMenu(handle_->mapToGlobal(handle_->rect().bottomLeft()));
+        }
     }
+    if (isPlain && isArrow && match_->hasFocus()) return requests_.step(*this, offset);
     QWidget::keyPressEvent(event);
 }
 
-// The field is being edited while it has the focus in the active window; a menu over it changes
-// nothing.
 bool RuleRowWidget::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) view_.setFocusedRule(rule_);
-    if (event->type() == QEvent::FocusOut &&
+    // Before a control does something else with these keys.
+    if (event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const bool isArrow = key->key() == Qt::Key_Up || key->key() == Qt::Key_Down;
+        if (isArrow && (key->modifiers() & ~Qt::KeypadModifier) == Qt::AltModifier) {
+            requests_.move(*this, key->key() == Qt::Key_Up ? -1 : 1);
+            return true;
+        }
+    }
+    // The field is being edited while it has the focus in the active window; a menu over it changes
+    // nothing.
+    if (watched == match_ && event->type() == QEvent::FocusIn) view_.setFocusedRule(rule_);
+    if (watched == match_ && event->type() == QEvent::FocusOut &&
         static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
         view_.setFocusedRule(std::nullopt);
     }

@@ -19,6 +19,8 @@ class RuleRowWidget : public QWidget {
     struct Requests {
         std::function<void(RuleRowWidget&)> drag;
         std::function<void(RuleRowWidget&, std::ptrdiff_t offset)> move;
+        // The focus into the field of another row.
+        std::function<void(RuleRowWidget&, std::ptrdiff_t offset)> step;
     };
 
     // The view outlives this.
@@ -30,7 +32,8 @@ class RuleRowWidget : public QWidget {
 
     // In the order of the Tab key; those that are shown.
     std::vector<QWidget*> controls() const;
-    bool holdsFocus() const { return focusWidget() != nullptr && focusWidget()->hasFocus(); }
+    // Has it, or will have it when the window is active again.
+    bool holdsFocus() const;
     void focusMatch();
 
   protected:
@@ -42,6 +45,7 @@ class RuleRowWidget : public QWidget {
 
   private:
     void fillIn();
+    void showContextMenu(const QPoint& place);
 
     SettingsView& view_;
     const Requests requests_;

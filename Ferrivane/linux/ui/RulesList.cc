@@ -89,6 +89,8 @@ void RulesList::render() {
             const auto index = static_cast<std::size_t>(rule - rules.begin());
             const RuleRowWidget* const present = row(index);
             if (present == nullptr || !present->holdsFocus()) reveal(index)->focusMatch();
+            // Nothing is edited in a window that is not active; the focus comes with it.
+            if (!isActiveWindow()) view_.setFocusedRule(std::nullopt);
         }
     }
     overlay_->update();
@@ -139,7 +141,7 @@ void RulesList::arrange() {
     for (const std::size_t index : wanted) placed.emplace_back(index, unusedRow(unused, index));
 
     std::ranges::sort(placed);
-    const auto before = std::exchange(shown_, {});
+    shown_.clear();
     for (const auto& [index, row] : placed) {
         row->bind(index);
         row->setGeometry(0, static_cast<int>(index) * rowHeight_ - bar->value(),
@@ -148,7 +150,7 @@ void RulesList::arrange() {
         shown_.push_back(row);
     }
     for (RuleRowWidget* row : unused) row->hide();
-    if (shown_ != before) chain();
+    chain();
 }
 
 RuleRowWidget* RulesList::unusedRow(std::vector<RuleRowWidget*>& unused, std::size_t index) {
@@ -168,7 +170,8 @@ RuleRowWidget* RulesList::unusedRow(std::vector<RuleRowWidget*>& unused, std::si
     auto* row = new RuleRowWidget(
         view_,
         {.drag = [this](RuleRowWidget& dragged) { drag(dragged); },
-         .move = [this](RuleRowWidget& moved, std::ptrdiff_t offset) { move(moved, offset); }},
+         .move = [this](RuleRowWidget& moved, std::ptrdiff_t offset) { move(moved, offset); },
+         .step = [this](RuleRowWidget& left, std::ptrdiff_t offset) { step(left, offset); }},
         viewport());
     rows_.push_back(row);
     return row;
@@ -176,12 +179,17 @@ RuleRowWidget* RulesList::unusedRow(std::vector<RuleRowWidget*>& unused, std::si
 
 // The Tab key goes through the rows as they are seen.
 void RulesList::chain() {
-    QWidget* last = this;
+    std::vector<QWidget*> controls;
     for (const RuleRowWidget* row : shown_) {
-        for (QWidget* control : row->controls()) {
-            setTabOrder(last, control);
-            last = control;
-        }
+        const auto ofRow = row->controls();
+        controls.insert(controls.end(), ofRow.begin(), ofRow.end());
+    }
+    if (controls == chained_) return;
+    chained_ = std::move(controls);
+    QWidget* last = this;
+    for (QWidget* control : chained_) {
+        setTabOrder(last, control);
+        last = control;
     }
 }
 
@@ -223,8 +231,15 @@ void RulesList::move(RuleRowWidget& row, std::ptrdiff_t offset) {
     const Uuid rule = row.rule();
     view_.move(rule, offset);
     arrange();
-    const auto moved = std::ranges::find(view_.store().config().rules, rule, &Rule::id);
-    reveal(static_cast<std::size_t>(moved - view_.store().config().rules.begin()));
+    const auto& rules = view_.store().config().rules;
+    const auto moved = std::ranges::find(rules, rule, &Rule::id);
+    if (moved != rules.end()) reveal(static_cast<std::size_t>(moved - rules.begin()));
+}
+
+void RulesList::step(RuleRowWidget& row, std::ptrdiff_t offset) {
+    const auto index = static_cast<std::ptrdiff_t>(row.index()) + offset;
+    if (index < 0 || static_cast<std::size_t>(index) >= count()) return;
+    reveal(static_cast<std::size_t>(index))->focusMatch();
 }
 
 void RulesList::drag(RuleRowWidget& row) {
@@ -233,11 +248,11 @@ void RulesList::drag(RuleRowWidget& row) {
     const QString text = qt(view_.beginDrag(row.rule()));
     carried->setText(text);
     carried->setData(kRuleMimeType, text.toUtf8());
-    QDrag motion(this);
-    motion.setMimeData(carried);
-    motion.setPixmap(row.grab());
-    motion.setHotSpot(row.mapFromGlobal(QCursor::pos()));
-    motion.exec(Qt::MoveAction);
+    auto* motion = new QDrag(this);  // deleted by the toolkit
+    motion->setMimeData(carried);
+    motion->setPixmap(row.grab());
+    motion->setHotSpot(row.mapFromGlobal(QCursor::pos()));
+    motion->exec(Qt::MoveAction);
     if (!alive) return;
     autoScroll_.stop();
     view_.endDrag();
@@ -256,8 +271,16 @@ void RulesList::setTarget(const std::optional<Uuid>& rule) {
     if (left) view_.setDropTargeted(*left, false);
 }
 
+// A text from elsewhere changes nothing here, and must not vanish where it comes from.
+static void accept(QDropEvent& event) {
+    const bool isRule = event.mimeData()->hasFormat(kRuleMimeType);
+    const bool canCopy = event.possibleActions().testFlag(Qt::CopyAction);
+    event.setDropAction(isRule || !canCopy ? event.proposedAction() : Qt::CopyAction);
+    event.accept();
+}
+
 void RulesList::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasText()) event->acceptProposedAction();
+    if (event->mimeData()->hasText()) accept(*event);
 }
 
 void RulesList::dragMoveEvent(QDragMoveEvent* event) {
@@ -267,7 +290,7 @@ void RulesList::dragMoveEvent(QDragMoveEvent* event) {
         pointerY_ < kAutoScrollMargin || pointerY_ > viewport()->height() - kAutoScrollMargin;
     if (!isNearEdge) autoScroll_.stop();
     if (isNearEdge && !autoScroll_.isActive()) autoScroll_.start();
-    event->acceptProposedAction();
+    accept(*event);
 }
 
 // The nearer to the edge, the faster.
@@ -289,7 +312,7 @@ void RulesList::dropEvent(QDropEvent* event) {
     autoScroll_.stop();
     target_.reset();
     view_.drop(ruleAt(event->position().toPoint().y()));
-    event->acceptProposedAction();
+    accept(*event);
 }
 
 }  // namespace ferrivane

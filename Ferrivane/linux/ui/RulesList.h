@@ -45,6 +45,7 @@ class RulesList : public QAbstractScrollArea {
     void chain();
     void drag(RuleRowWidget& row);
     void move(RuleRowWidget& row, std::ptrdiff_t offset);
+    void step(RuleRowWidget& row, std::ptrdiff_t offset);
     void setTarget(const std::optional<Uuid>& rule);
     std::optional<Uuid> ruleAt(int y) const;
     void scrollWhileDragging();
@@ -52,6 +53,7 @@ class RulesList : public QAbstractScrollArea {
     SettingsView& view_;
     std::vector<RuleRowWidget*> rows_;   // all that were made, shown or not
     std::vector<RuleRowWidget*> shown_;  // by index
+    std::vector<QWidget*> chained_;      // the controls of those, as the Tab key goes
     int rowHeight_ = 1;
     std::optional<Uuid> target_;  // the rule under a drag
     QTimer autoScroll_;

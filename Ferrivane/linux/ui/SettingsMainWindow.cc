@@ -1,9 +1,9 @@
 #include "Ferrivane/linux/ui/SettingsMainWindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
-#include <QFileInfo>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QMenuBar>
@@ -33,14 +33,6 @@ QPushButton* makeButton(const Control& control, std::string_view title) {
     return button;
 }
 
-// Its width is that of the whole text only if there is room.
-QLabel* stretching(QLabel* label) {
-    QSizePolicy policy = label->sizePolicy();
-    policy.setHorizontalPolicy(QSizePolicy::Ignored);
-    label->setSizePolicy(policy);
-    return label;
-}
-
 void setFontScale(QWidget* widget, qreal scale) {
     QFont font = QApplication::font();
     font.setPointSizeF(font.pointSizeF() * scale);
@@ -56,7 +48,9 @@ void setColour(QWidget* widget, Tint tint) {
 }  // namespace
 
 SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowSetup& setup)
-    : view_(view), frameChanged_(setup.frameChanged) {
+    : view_(view),
+      frameChanged_(setup.frameChanged),
+      watch_(view.store().fileURL(), [this] { view_.rulesFileChanged(); }) {
     identify(this, SettingsControls::window);
     setWindowTitle(qt(SettingsWindow::title));
     setWindowIcon(applicationIcon());
@@ -68,12 +62,11 @@ SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowS
     column->setContentsMargins(kPadding, kPadding, kPadding, kPadding);
     column->setSpacing(10);
     defaultBrowser_ =
-        new Banner(SettingsControls::defaultBrowserText, SettingsControls::makeDefault);
+        new BannerRow(SettingsControls::defaultBrowserText, SettingsControls::makeDefault);
     connect(defaultBrowser_->button(), &QPushButton::clicked, this,
             [this] { view_.makeDefaultBrowser(); });
-    helper_ = new Banner(SettingsControls::helperText, SettingsControls::installHelper);
-    connect(helper_->button(), &QPushButton::clicked, this,
-            [this] { view_.store().installHelper(); });
+    helper_ = new BannerRow(SettingsControls::helperText, SettingsControls::installHelper);
+    connect(helper_->button(), &QPushButton::clicked, this, [this] { view_.installHelper(); });
     auto* folders = makeButton(SettingsControls::showFolders, SettingsView::showFoldersTitle);
     folders->setToolTip(qt(SettingsView::showFoldersToolTip));
     connect(folders, &QPushButton::clicked, this, [this] { view_.revealHelper(); });
@@ -86,20 +79,14 @@ SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowS
     column->addWidget(makeProblem());
     setCentralWidget(content);
 
+    view_.isInteracting = [] {
+        return QApplication::activePopupWidget() != nullptr ||
+               QApplication::mouseButtons() != Qt::NoButton;
+    };
     rendering_.setSingleShot(true);
     connect(&rendering_, &QTimer::timeout, this, &SettingsMainWindow::render);
     storeChanges_ = view_.store().willChange.add([this] { renderSoon(); });
     viewChanges_ = view_.willChange.add([this] { renderSoon(); });
-    auto* changed = new QTimer(this);
-    changed->setSingleShot(true);
-    changed->setInterval(kWatchMilliseconds);
-    const auto restart = [changed] { changed->start(); };
-    connect(&watcher_, &QFileSystemWatcher::fileChanged, changed, restart);
-    connect(&watcher_, &QFileSystemWatcher::directoryChanged, changed, restart);
-    connect(changed, &QTimer::timeout, this, [this] {
-        watchRules();
-        view_.rulesFileChanged();
-    });
     frameSaving_.setSingleShot(true);
     frameSaving_.setInterval(kFrameMilliseconds);
     connect(&frameSaving_, &QTimer::timeout, this, &SettingsMainWindow::saveFrame);
@@ -166,7 +153,7 @@ QWidget* SettingsMainWindow::makeTester() {
         const int process = testApp_->currentValue().toInt(&isProcess);
         view_.setTestAppPid(isProcess ? std::optional(process) : std::nullopt);
     });
-    testResult_ = plainLabel();
+    testResult_ = stretching(plainLabel());
     identify(testResult_, SettingsControls::testResult);
     testResult_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     testResult_->setFocusPolicy(Qt::StrongFocus);
@@ -210,9 +197,10 @@ QWidget* SettingsMainWindow::makeOptions() {
 
 QWidget* SettingsMainWindow::makeProblem() {
     problem_ = new QWidget;
-    problemText_ = plainLabel();
+    problemText_ = stretching(plainLabel());
     identify(problemText_, SettingsControls::problem);
-    problemText_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    problemText_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    problemText_->setFocusPolicy(Qt::StrongFocus);
     auto* row = new QHBoxLayout(problem_);
     row->setContentsMargins({});
     row->setSpacing(8);
@@ -226,9 +214,9 @@ void SettingsMainWindow::renderSoon() {
 }
 
 void SettingsMainWindow::render() {
-    defaultBrowser_->show(view_.defaultBrowserBanner());
+    defaultBrowser_->display(view_.defaultBrowserBanner());
     const auto helper = view_.helperBanner();
-    if (helper) helper_->show(*helper);
+    if (helper) helper_->display(*helper);
     helper_->setVisible(helper.has_value());
 
     const Config& config = view_.store().config();
@@ -240,8 +228,13 @@ void SettingsMainWindow::render() {
     menuBarIcon_->setChecked(view_.showMenuBarIcon());
 
     const auto& problem = view_.store().problem();
-    problemText_->setText(qt(problem.value_or("")));
+    const QString before = problemText_->text();
+    showText(problemText_, problem.value_or(""));
     problem_->setVisible(problem.has_value());
+    if (problem && problemText_->text() != before) {
+        QAccessibleEvent alert(problemText_, QAccessible::Alert);  // read out at once
+        QAccessible::updateAccessibility(&alert);
+    }
 }
 
 // Large letters, or every line there is, may need more than is usual.
@@ -260,12 +253,11 @@ void SettingsMainWindow::renderTester() {
         senders.all.push_back({app.name, std::to_string(app.id)});
     }
     testApp_->showChoices(senders);
-    const QString result = qt(view_.testResult());
-    if (result != testResult_->text()) testResult_->setText(result);
+    showText(testResult_, view_.testResult());
 }
 
 void SettingsMainWindow::present() {
-    if (isMinimized()) showNormal();
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();
@@ -274,7 +266,7 @@ void SettingsMainWindow::present() {
 void SettingsMainWindow::showEvent(QShowEvent* event) {
     if (!event->spontaneous()) {
         view_.refresh();
-        watchRules();
+        watch_.start();
         rendering_.stop();
         render();
     }
@@ -284,22 +276,8 @@ void SettingsMainWindow::showEvent(QShowEvent* event) {
 void SettingsMainWindow::closeEvent(QCloseEvent* event) {
     if (QWidget* const focused = focusWidget()) focused->clearFocus();
     saveFrame();
-    const QStringList watched = watcher_.files() + watcher_.directories();
-    if (!watched.isEmpty()) watcher_.removePaths(watched);
+    watch_.stop();
     QMainWindow::closeEvent(event);
-}
-
-// An editor may replace the file, or that which it is a link to, or write into it.
-void SettingsMainWindow::watchRules() {
-    const QFileInfo file(qt(view_.store().fileURL().string()));
-    QStringList paths{file.absolutePath(), file.absoluteFilePath()};
-    if (const QString target = file.canonicalFilePath(); !target.isEmpty()) {
-        paths << target << QFileInfo(target).absolutePath();
-    }
-    const QStringList watched = watcher_.files() + watcher_.directories();
-    for (const QString& path : paths) {
-        if (!watched.contains(path) && QFileInfo::exists(path)) watcher_.addPath(path);
-    }
 }
 
 void SettingsMainWindow::moveEvent(QMoveEvent* event) {
@@ -335,20 +313,27 @@ void SettingsMainWindow::applyColours() {
     update();
 }
 
-// A click beside the field that is being edited ends the editing.
 bool SettingsMainWindow::eventFilter(QObject* watched, QEvent* event) {
+    const auto* const widget = qobject_cast<const QWidget*>(watched);
     if (event->type() == QEvent::LayoutRequest && watched == centralWidget()) keepRoom();
-    if (event->type() == QEvent::MouseButtonPress && isActiveWindow()) {
-        const auto* clicked = qobject_cast<QWidget*>(watched);
-        QWidget* const focused = focusWidget();
-        const bool isEditing = qobject_cast<QLineEdit*>(focused) != nullptr && focused->hasFocus();
-        const bool isLeft = static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton;
-        if (isEditing && isLeft && clicked != nullptr && clicked->window() == this &&
-            qobject_cast<const QLineEdit*>(clicked) == nullptr) {
-            focused->clearFocus();
-        }
+    if (event->type() == QEvent::MouseButtonPress && widget != nullptr &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+        commitBeside(*widget);
+    }
+    const bool endsPopup =
+        event->type() == QEvent::Hide && widget != nullptr && widget->windowType() == Qt::Popup;
+    if (endsPopup || event->type() == QEvent::MouseButtonRelease) {
+        QTimer::singleShot(0, this, [this] { view_.readChanges(); });
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+// A click beside the field that is being edited ends the editing; the menus work on the field.
+void SettingsMainWindow::commitBeside(const QWidget& clicked) {
+    QWidget* const focused = focusWidget();
+    if (qobject_cast<QLineEdit*>(focused) == nullptr || !focused->hasFocus()) return;
+    if (clicked.window() != this || qobject_cast<const QLineEdit*>(&clicked) != nullptr) return;
+    if (qobject_cast<const QMenuBar*>(&clicked) == nullptr) focused->clearFocus();
 }
 
 }  // namespace ferrivane

@@ -1,7 +1,6 @@
 // The settings window.
 #pragma once
 
-#include <QFileSystemWatcher>
 #include <QMainWindow>
 #include <QTimer>
 #include <functional>
@@ -10,6 +9,7 @@
 #include "Ferrivane/Observers.h"
 #include "Ferrivane/SettingsView.h"
 #include "Ferrivane/linux/Toolkit.h"
+#include "Ferrivane/linux/ui/RulesWatch.h"
 
 class QCheckBox;
 class QLabel;
@@ -17,7 +17,7 @@ class QPushButton;
 
 namespace ferrivane {
 
-class Banner;
+class BannerRow;
 class Combo;
 class Field;
 class RulesList;
@@ -49,19 +49,19 @@ class SettingsMainWindow : public QMainWindow {
     void renderTester();
     void keepRoom();
     void applyColours();
-    void watchRules();
+    void commitBeside(const QWidget& clicked);
     void saveFrame();
 
     SettingsView& view_;
     const std::function<void(const std::string&)> frameChanged_;
+    RulesWatch watch_;
     Observers::Subscription storeChanges_;
     Observers::Subscription viewChanges_;
     QTimer rendering_;
     QTimer frameSaving_;
-    QFileSystemWatcher watcher_;
 
-    Banner* defaultBrowser_;
-    Banner* helper_;
+    BannerRow* defaultBrowser_;
+    BannerRow* helper_;
     QLabel* noRules_;
     RulesList* rules_;
     QLabel* hint_;

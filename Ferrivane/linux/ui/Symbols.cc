@@ -83,10 +83,10 @@ QIcon applicationIcon() {
 Symbol::Symbol(std::string_view name, Tint tint, int size) : size_(size) {
     setFixedSize(size, size);
     setAttribute(Qt::WA_TransparentForMouseEvents);
-    if (!name.empty()) show(name, tint);
+    if (!name.empty()) display(name, tint);
 }
 
-void Symbol::show(std::string_view name, Tint tint) {
+void Symbol::display(std::string_view name, Tint tint) {
     icon_ = symbolIcon(name, tint);
     update();
 }

@@ -24,7 +24,7 @@ class Symbol : public QWidget {
   public:
     explicit Symbol(std::string_view name = {}, Tint tint = Tint::text, int size = 16);
 
-    void show(std::string_view name, Tint tint);
+    void display(std::string_view name, Tint tint);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
