@@ -4,6 +4,7 @@
 #include <charconv>
 #include <compare>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -72,9 +73,11 @@ std::vector<Applications::Running> current(const DesktopEntries& entries) {
         services != nullptr ? services->windowProcesses() : std::vector<pid_t>();
     std::ranges::copy(fromUnits(), std::back_inserter(processes));
 
+    std::set<pid_t> seen;
     std::vector<Applications::Running> result;
     for (const pid_t process : processes) {
-        if (isOwn(process)) continue;
+        // A program has many windows, and finding its entry may take reading every entry.
+        if (isOwn(process) || !seen.insert(process).second) continue;
         const auto application = Senders::application(process, entries);
         if (!application) continue;
         const auto same = std::ranges::find_if(result, [&](const Applications::Running& known) {
