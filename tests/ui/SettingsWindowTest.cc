@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <array>
+#include <map>
 
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -64,13 +65,13 @@ TEST_F(SettingsWindowTest, ItsTexts) {
                 ::testing::IsSupersetOf(
                     {"Ferrivane is not the default browser: links open straight in another app.",
                      "Drag the ≡ handle to reorder. Comments live in rules.json.",
-                     "Default profile", "Used when none of the rules above matches.",
+                     "&Default profile", "Used when none of the rules above matches.",
                      "Type a link to see where it would open.", "Ferrivane 1.2"}));
-    EXPECT_EQ(button(C::makeDefault)->text(), "Make Ferrivane the default");
-    EXPECT_EQ(button(C::addRule)->text(), "Add rule");
-    EXPECT_EQ(button(C::editRules)->text(), "Edit rules.json…");
-    EXPECT_EQ(button(C::showLog)->text(), "Show Log");
-    EXPECT_EQ(find<QCheckBox>(C::menuBarIcon)->text(), "Show icon in the menu bar");
+    EXPECT_EQ(button(C::makeDefault)->text(), "&Make Ferrivane the default");
+    EXPECT_EQ(button(C::addRule)->text(), "&Add rule");
+    EXPECT_EQ(button(C::editRules)->text(), "Edit &rules.json…");
+    EXPECT_EQ(button(C::showLog)->text(), "Show &Log");
+    EXPECT_EQ(find<QCheckBox>(C::menuBarIcon)->text(), "&Show icon in the menu bar");
     EXPECT_EQ(find<QLineEdit>(C::testURL)->placeholderText(), "https://…");
     EXPECT_THAT(items(*combo(C::testApp)), ElementsAre("unknown app"));
     EXPECT_EQ(combo(C::defaultProfile)->toolTip(),
@@ -90,6 +91,21 @@ TEST_F(SandboxedSettingsWindow, EveryControlHasItsIdentifier) {
                              : find<QWidget>(control) != nullptr)
             << control.identifier;
     }
+}
+
+TEST_F(SandboxedSettingsWindow, NoTwoAccessKeysAreTheSame) {
+    open();
+    std::map<QChar, std::string> keys;
+    const auto add = [&](const QString& text) {
+        const auto place = text.indexOf('&');
+        if (place < 0) return;
+        const auto [other, isNew] = keys.emplace(text[place + 1].toLower(), text.toStdString());
+        EXPECT_TRUE(isNew) << other->second << " and " << text.toStdString();
+    };
+    for (const auto* button : window->findChildren<QAbstractButton*>()) add(button->text());
+    for (const auto* shown : window->findChildren<QLabel*>()) add(shown->text());
+    for (const auto* menu : window->menuBar()->actions()) add(menu->text());
+    EXPECT_EQ(keys.size(), 11U);
 }
 
 TEST_F(SettingsWindowTest, Measures) {
@@ -282,8 +298,8 @@ TEST_F(SettingsWindowTest, NoHelperScriptIsNeeded) {
 TEST_F(SandboxedSettingsWindow, TheHelperScript) {
     open();
     EXPECT_THAT(label(C::helperText)->text().toStdString(), HasSubstr("One more step: "));
-    EXPECT_EQ(button(C::installHelper)->text(), "Install Helper…");
-    EXPECT_EQ(button(C::showFolders)->text(), "Show Folders…");
+    EXPECT_EQ(button(C::installHelper)->text(), "&Install Helper…");
+    EXPECT_EQ(button(C::showFolders)->text(), "Sh&ow Folders…");
     EXPECT_EQ(button(C::showFolders)->toolTip(),
               "Copy the script by hand if the button above does not work");
     fake.calls.clear();

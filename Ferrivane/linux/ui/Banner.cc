@@ -40,8 +40,8 @@ void BannerRow::display(const SettingsView::Banner& banner) {
     const bool isGreen = banner.tint == SettingsView::Banner::Tint::green;
     symbol_->display(banner.symbol, isGreen ? Tint::green : Tint::orange);
     showText(text_, banner.text);
-    button_->setText(qt(banner.button));
     button_->setVisible(!banner.button.empty());
+    if (!banner.button.empty()) button_->setText(withAccessKey(banner.button, banner.button[0]));
 }
 
 }  // namespace ferrivane

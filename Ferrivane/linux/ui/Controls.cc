@@ -3,6 +3,7 @@
 #include <QAbstractItemView>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QPainter>
 #include <QStyleOptionComboBox>
 #include <QStylePainter>
 #include <algorithm>
@@ -21,6 +22,11 @@ void name(QWidget* widget, const Control& control, const QString& text) {
 }
 
 }  // namespace
+
+QString withAccessKey(std::string_view title, char key) {
+    QString text = qt(title);
+    return text.insert(text.indexOf(QLatin1Char(key)), '&');
+}
 
 QString plainToolTip(const QString& text) {
     return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
@@ -113,6 +119,20 @@ void Field::showText(std::string_view text) {
     if (shown == this->text()) return;
     setText(shown);
     if (!hasFocus()) setCursorPosition(0);  // a long text shows its beginning
+}
+
+// The toolkit's own style draws an edge that cannot be seen on a dark background.
+void Field::paintEvent(QPaintEvent* event) {
+    QLineEdit::paintEvent(event);
+    const QPalette& colours = palette();
+    const bool isDark = colours.color(QPalette::Base).lightnessF() < 0.5F;
+    if (!isDark || hasFocus() || style()->name() != QLatin1String("fusion")) return;
+    QColor edge = colours.color(QPalette::Text);
+    edge.setAlphaF(0.45F);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(edge);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
 }
 
 void Field::dragEnterEvent(QDragEnterEvent* event) {

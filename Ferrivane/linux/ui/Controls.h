@@ -18,6 +18,9 @@ inline QString qt(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
+// The title with an access key, which is pressed with Alt: the first such letter in it.
+QString withAccessKey(std::string_view title, char key);
+
 // A tool tip that is not taken for markup.
 QString plainToolTip(const QString& text);
 
@@ -64,6 +67,7 @@ class Field : public QLineEdit {
 
   protected:
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
 
   private:

@@ -27,8 +27,8 @@ constexpr int kWatchMilliseconds = 50;  // one change of a file is told several 
 constexpr QMargins kGroupMargins(12, 8, 12, 8);
 constexpr int kFrameMilliseconds = 500;  // after the last move
 
-QPushButton* makeButton(const Control& control, std::string_view title) {
-    auto* button = new QPushButton(qt(title));
+QPushButton* makeButton(const Control& control, const QString& title) {
+    auto* button = new QPushButton(title);
     identify(button, control);
     return button;
 }
@@ -67,7 +67,8 @@ SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowS
             [this] { view_.makeDefaultBrowser(); });
     helper_ = new BannerRow(SettingsControls::helperText, SettingsControls::installHelper);
     connect(helper_->button(), &QPushButton::clicked, this, [this] { view_.installHelper(); });
-    auto* folders = makeButton(SettingsControls::showFolders, SettingsView::showFoldersTitle);
+    auto* folders = makeButton(SettingsControls::showFolders,
+                               withAccessKey(SettingsView::showFoldersTitle, 'o'));
     folders->setToolTip(qt(SettingsView::showFoldersToolTip));
     connect(folders, &QPushButton::clicked, this, [this] { view_.revealHelper(); });
     helper_->addButton(folders);
@@ -106,7 +107,8 @@ QWidget* SettingsMainWindow::makeRules() {
     noRules_->setAlignment(Qt::AlignCenter);
     rules_ = new RulesList(view_);
 
-    auto* add = makeButton(SettingsControls::addRule, SettingsView::addRuleTitle);
+    auto* add =
+        makeButton(SettingsControls::addRule, withAccessKey(SettingsView::addRuleTitle, 'A'));
     add->setIcon(symbolIcon("plus"));
     connect(add, &QPushButton::clicked, this, [this] { view_.addRule(); });
     hint_ = stretching(plainLabel(SettingsView::rulesHint));
@@ -121,6 +123,7 @@ QWidget* SettingsMainWindow::makeRules() {
     connect(defaultProfile_, &QComboBox::activated, this,
             [this] { view_.setDefaultProfile(defaultProfile_->currentValue().toStdString()); });
     auto* label = plainLabel(SettingsView::defaultProfileLabel, false);
+    label->setText(withAccessKey(SettingsView::defaultProfileLabel, 'D'));
     label->setBuddy(defaultProfile_);
     caption_ = stretching(plainLabel(SettingsView::defaultProfileCaption));
     auto* otherwise = new QHBoxLayout;
@@ -172,14 +175,16 @@ QWidget* SettingsMainWindow::makeTester() {
 
 QWidget* SettingsMainWindow::makeOptions() {
     auto* group = new QGroupBox(qt(SettingsView::optionsTitle));
-    menuBarIcon_ = new QCheckBox(qt(SettingsView::menuBarIconTitle));
+    menuBarIcon_ = new QCheckBox(withAccessKey(SettingsView::menuBarIconTitle, 'S'));
     identify(menuBarIcon_, SettingsControls::menuBarIcon);
     connect(menuBarIcon_, &QCheckBox::toggled, this, [this](bool shows) {
         if (shows != view_.showMenuBarIcon()) view_.setShowMenuBarIcon(shows);
     });
-    auto* edit = makeButton(SettingsControls::editRules, SettingsView::editRulesTitle);
+    auto* edit =
+        makeButton(SettingsControls::editRules, withAccessKey(SettingsView::editRulesTitle, 'r'));
     connect(edit, &QPushButton::clicked, this, [this] { view_.editRules(); });
-    auto* log = makeButton(SettingsControls::showLog, SettingsView::showLogTitle);
+    auto* log =
+        makeButton(SettingsControls::showLog, withAccessKey(SettingsView::showLogTitle, 'L'));
     connect(log, &QPushButton::clicked, this, [this] { view_.showLog(); });
     version_ = plainLabel(view_.version(), false);
     identify(version_, SettingsControls::version);
@@ -247,12 +252,13 @@ void SettingsMainWindow::keepRoom() {
 
 void SettingsMainWindow::renderTester() {
     testURL_->showText(view_.testURL());
-    ProfilePicker::Choices senders{{{std::string(SettingsView::unknownApp), ""}}};
-    for (const RunningApp& app : view_.runningApps()) {
-        if (app.id == view_.testAppPid()) senders.current = senders.all.size();
-        senders.all.push_back({app.name, std::to_string(app.id)});
+    ProfilePicker::Choices choices;
+    const auto senders = view_.senders();
+    choices.current = senders.current;
+    for (const auto& [name, process] : senders.all) {
+        choices.all.push_back({name, process ? std::to_string(*process) : ""});
     }
-    testApp_->showChoices(senders);
+    testApp_->showChoices(choices);
     showText(testResult_, view_.testResult());
 }
 
