@@ -61,7 +61,10 @@ class Reader : public nlohmann::json_sax<Json> {
         const char* const end = text_.data() + text_.size();
         if (Json::sax_parse(TrackingIterator(text_.data(), &seen_), TrackingIterator(end, &seen_),
                             this)) {
-            return std::move(config_);
+            // The library takes one between values for the end of the text.
+            const std::size_t nul = text_.find('\0');
+            if (nul == std::string_view::npos) return std::move(config_);
+            syntaxError(nul + 1, "a NUL character");
         }
         return std::unexpected(std::move(error_));
     }
@@ -179,18 +182,7 @@ class Reader : public nlohmann::json_sax<Json> {
 
     bool parse_error(std::size_t position, const std::string&,
                      const nlohmann::detail::exception& exception) override {
-        const std::string_view before = text_.substr(0, std::min(position, text_.size()));
-        const std::size_t newline = before.substr(0, before.size() - !before.empty()).rfind('\n');
-        std::string_view lastLine =
-            newline == std::string_view::npos ? before : before.substr(newline + 1);
-        error_.kind = ConfigError::Kind::syntax;
-        error_.line =
-            1 + static_cast<std::size_t>(std::count(before.data(), lastLine.data(), '\n'));
-        if (lastLine.starts_with("\uFEFF")) lastLine.remove_prefix(3);  // nobody sees it
-        error_.column =
-            std::max<std::size_t>(1, static_cast<std::size_t>(std::ranges::count_if(
-                                         lastLine, [](char c) { return (c & 0xC0) != 0x80; })));
-        error_.detail = sentenceOf(exception.what());
+        syntaxError(position, sentenceOf(exception.what()));
         return false;
     }
 
@@ -297,6 +289,22 @@ class Reader : public nlohmann::json_sax<Json> {
         return line_;
     }
 
+    // At the last of the first `position` bytes.
+    void syntaxError(std::size_t position, std::string detail) {
+        const std::string_view before = text_.substr(0, std::min(position, text_.size()));
+        const std::size_t newline = before.substr(0, before.size() - !before.empty()).rfind('\n');
+        std::string_view lastLine =
+            newline == std::string_view::npos ? before : before.substr(newline + 1);
+        error_.kind = ConfigError::Kind::syntax;
+        error_.line =
+            1 + static_cast<std::size_t>(std::count(before.data(), lastLine.data(), '\n'));
+        if (lastLine.starts_with("\uFEFF")) lastLine.remove_prefix(3);  // nobody sees it
+        error_.column =
+            std::max<std::size_t>(1, static_cast<std::size_t>(std::ranges::count_if(
+                                         lastLine, [](char c) { return (c & 0xC0) != 0x80; })));
+        error_.detail = std::move(detail);
+    }
+
     bool valueError(std::string detail) {
         error_.kind = ConfigError::Kind::value;
         error_.line = line();
@@ -326,11 +334,12 @@ class Reader : public nlohmann::json_sax<Json> {
         const std::size_t token = what.find(kLastRead);
         if (token == std::string_view::npos) return std::string(what);
         std::string sentence(what.substr(0, token));
-        // What was expected instead follows the token.
-        constexpr std::size_t kLongestRest = 60;  // the token can hold these words too
-        const std::size_t rest = what.rfind("'; expected ");
-        if (rest != std::string_view::npos && rest > token && what.size() - rest < kLongestRest) {
-            sentence += what.substr(rest + 1);
+        // What was expected instead follows the token, which can hold these words too and is not
+        // always UTF-8.
+        for (const std::string_view expected :
+             {"end of input", "string literal", "':'", "'}'", "']'", "'[', '{', or a literal"}) {
+            const std::string rest = "; expected " + std::string(expected);
+            if (what.ends_with("'" + rest)) return sentence + rest;
         }
         return sentence;
     }

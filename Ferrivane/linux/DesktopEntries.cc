@@ -62,11 +62,12 @@ bool isTrue(std::string_view value) {
     return value == "true" || value == "1";
 }
 
-// Splits an Exec value into words as a shell does, which is what desktops do with it: blanks
-// separate, quotes hold together, a backslash takes the next character as it is, a word that begins
-// with "#" begins a comment.
+// Splits an Exec value into words as a shell does, which is what desktops do with it: blanks and
+// line breaks separate, quotes hold together, a backslash takes the next character as it is and a
+// line break away, a word that begins with "#" begins a comment up to the line's end, but not
+// behind a tab.
 std::vector<std::string> words(std::string_view value) {
-    constexpr std::string_view kEscapable("\"\\$`");  // inside double quotes
+    constexpr std::string_view kEscapable("\"\\$`\n");  // inside double quotes
     std::vector<std::string> result;
     std::string word;
     bool inWord = false;
@@ -82,13 +83,15 @@ std::vector<std::string> words(std::string_view value) {
             quote = c;
             inWord = true;
         } else if (c == '\\' && canEscape) {
-            word.push_back(value[++i]);
+            ++i;
+            if (value[i] == '\n' && quote == '\0') continue;
+            word.push_back(value[i]);
             inWord = true;
-        } else if (quote == '\0' && (c == ' ' || c == '\t')) {
+        } else if (quote == '\0' && (c == ' ' || c == '\t' || c == '\n')) {
             if (inWord) result.push_back(std::exchange(word, {}));
             inWord = false;
-        } else if (quote == '\0' && c == '#' && !inWord) {
-            break;
+        } else if (quote == '\0' && c == '#' && !inWord && (i == 0 || value[i - 1] != '\t')) {
+            i = std::min(value.find('\n', i), value.size());
         } else {
             word.push_back(c);
             inWord = true;

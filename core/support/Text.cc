@@ -148,7 +148,10 @@ bool foldAscii(std::string_view text, std::string& folded) {
 std::string foldCase(std::string_view text) {
     std::string folded;
     if (foldAscii(text, folded)) return folded;
-    return mapped(text, UTF8PROC_STABLE | UTF8PROC_COMPOSE | UTF8PROC_CASEFOLD);
+    // First in canonical order: folding makes a letter of a mark (U+0345), which keeps others from
+    // changing places (Unicode 15, D145).
+    return mapped(mapped(text, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE),
+                  UTF8PROC_STABLE | UTF8PROC_COMPOSE | UTF8PROC_CASEFOLD);
 }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {

@@ -60,9 +60,22 @@ TEST(ConfigError, SyntaxErrorsNameLineAndColumn) {
         {"invalid UTF-8", "{\"x\": \"\xFF\"}",
          "line 1, column 8: syntax error while parsing value - invalid string: ill-formed UTF-8 "
          "byte"},
+        {"words of ours before invalid UTF-8", "{\"x\": \"'; expected \xFF\"}",
+         "line 1, column 20: syntax error while parsing value - invalid string: ill-formed UTF-8 "
+         "byte"},
+        {"forgotten comma in a list", "{\"x\": [1 2]}",
+         "line 1, column 10: syntax error while parsing array - unexpected number literal; "
+         "expected "
+         "']'"},
         {"half a surrogate pair", R"({"x": "\ud800"})",
          "line 1, column 14: syntax error while parsing value - invalid string: surrogate "
          "U+D800..U+DBFF must be followed by U+DC00..U+DFFF"},
+        {"a NUL behind the end", std::string("{\n}\0", 4), "line 2, column 2: a NUL character"},
+        {"text behind a NUL", std::string("{}\0{\"rules\": 1}", 15),
+         "line 1, column 3: a NUL character"},
+        {"a NUL between values", std::string("{\"x\": 1\0}", 9),
+         "line 1, column 8: syntax error while parsing object - unexpected end of input; expected "
+         "'}'"},
         {"UTF-16", std::string("\xFF\xFE{\0}\0", 6),
          "line 1, column 1: syntax error while parsing value - invalid literal"},
         {"a number beyond all bounds", "{\"x\": 1e400}",

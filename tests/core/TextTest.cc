@@ -56,6 +56,8 @@ TEST(TextFold, MakesTextsEqualThatDifferOnlyByCase) {
         {"\u212A", "k"},
         {"\u017F", "s"},
         {"\uFB03", "ffi"},
+        {"\u03B1\u0345\u0313", "\u1F00\u03B9"},
+        {"\u1FB3\u0323", "\u03B1\u0323\u03B9"},
         {"A\xFFÉ", "a\xFF\u00E9"},
         {"É\xE2\x82", "\u00E9\xE2\x82"},
         {"\xED\xA0\x80", "\xED\xA0\x80"},

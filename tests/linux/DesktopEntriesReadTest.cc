@@ -190,6 +190,9 @@ TEST_F(DesktopEntriesRead, ExecWords) {
         {"a blank written as an escape", R"(chat\s--new)", {"chat", "--new"}},
         {"an open quote", R"(chat "a b)", {"chat", "a b"}},
         {"a comment", "chat a#b #c d", {"chat", "a#b"}},
+        {"no comment behind a tab", "chat\t#c", {"chat", "#c"}},
+        {"line breaks written as escapes", R"(chat\na#b #c\n--new)", {"chat", "a#b", "--new"}},
+        {"a line that goes on", R"(chat \\\n --n\\\new "a\\\nb")", {"chat", "--new", "a\nb"}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
