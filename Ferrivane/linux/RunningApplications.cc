@@ -61,6 +61,7 @@ std::vector<pid_t> fromUnits() {
         known = std::min(known, member);
     }
     std::vector<pid_t> processes;
+    processes.reserve(oldest.size());
     for (const auto& [group, member] : oldest) processes.push_back(member.process);
     return processes;
 }

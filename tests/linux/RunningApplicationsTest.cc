@@ -45,13 +45,12 @@ TEST_F(RunningApplicationsTest, CopiesOfAnApplicationAreToldApartByThePathThatTh
     ASSERT_EQ(second.readLine(), "shown");
     Program third({sender, WINDOW_STAND_IN, "--of-parent", "Third"}, variables());
     ASSERT_EQ(third.readLine(), "shown");
-    std::string expected;
-    for (const auto& [path, process] : {std::pair(one, first.pid()), std::pair(two, second.pid()),
-                                        std::pair(sender, third.pid())}) {
-        expected += (expected.empty() ? "" : "\n") +
-                    ("Chat (" + own("chat") + ")|" + idOf("Chat") + "|" + path) + "|" + path + "|" +
-                    std::to_string(process);
-    }
+    const auto copy = [](const std::string& path, pid_t process) {
+        return "Chat (" + own("chat") + ")|" + idOf("Chat") + "|" + path + "|" + path + "|" +
+               std::to_string(process);
+    };
+    const std::string expected =
+        copy(one, first.pid()) + "\n" + copy(two, second.pid()) + "\n" + copy(sender, third.pid());
     EXPECT_TRUE(becomes(expected));
     EXPECT_EQ(openerOf({sender}), "Chat|" + idOf("Chat") + "|" + sender);
 }

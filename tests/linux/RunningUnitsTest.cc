@@ -24,7 +24,7 @@ TEST_F(RunningUnitsTest, AnApplicationInAUnitOfItsOwnNeedsNoWindow) {
         << kNoGroup;
     const std::string chat = windowed("Chat");
     const std::string panel = windowed("Panel");
-    Program older(unit.running({chat}), variables());
+    const Program older(unit.running({chat}), variables());
     ASSERT_TRUE(becomes(line("Chat", chat, older.pid())));
     const Program icon(autostarted.running({panel}), variables());
     const Program other(unknown.running({WINDOW_STAND_IN}), variables());
@@ -75,7 +75,7 @@ TEST_F(RunningUnitsTest, AShellThatStartsAnApplicationIsNeitherACopyNorAnotherAp
     const std::string opener = openerOf(unit.running({wrapper, sender}));
     EXPECT_EQ(opener, "Chat|" + idOf("Chat") + "|" + sender);
 
-    Program alone(unit.running({wrapper, "cat"}), variables());
+    const Program alone(unit.running({wrapper, "cat"}), variables());
     EXPECT_TRUE(test::waitUntil([&] { return running() != "\n"; }, std::chrono::seconds(5)));
     EXPECT_TRUE(running().starts_with("Chat|" + idOf("Chat") + "|" + wrapper.string() + "|"))
         << running();
