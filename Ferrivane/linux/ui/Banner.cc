@@ -1,5 +1,7 @@
 #include "Ferrivane/linux/ui/Banner.h"
 
+#include <QApplication>
+
 namespace ferrivane {
 
 QLabel* plainLabel(std::string_view text, bool wraps) {
@@ -14,6 +16,18 @@ QLabel* stretching(QLabel* label) {
     policy.setHorizontalPolicy(QSizePolicy::Ignored);
     label->setSizePolicy(policy);
     return label;
+}
+
+void setColour(QWidget* text, Tint tint) {
+    QPalette palette = QApplication::palette();
+    palette.setColor(QPalette::WindowText, colour(tint, palette));
+    text->setPalette(palette);
+}
+
+void setFontScale(QWidget* text, qreal scale) {
+    QFont font = QApplication::font();
+    font.setPointSizeF(font.pointSizeF() * scale);
+    text->setFont(font);
 }
 
 void showText(QLabel* label, std::string_view text) {

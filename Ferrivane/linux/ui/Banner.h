@@ -12,6 +12,9 @@
 
 namespace ferrivane {
 
+// Within a titled box.
+inline constexpr QMargins kGroupMargins(12, 8, 12, 8);
+
 class BannerRow : public QWidget {
   public:
     BannerRow(const Control& text, const Control& button);
@@ -31,6 +34,9 @@ class BannerRow : public QWidget {
 QLabel* plainLabel(std::string_view text = {}, bool wraps = true);
 // Takes the width that is there: a long word does not widen the window.
 QLabel* stretching(QLabel* label);
+// As the application's colours and letters are now.
+void setColour(QWidget* text, Tint tint);
+void setFontScale(QWidget* text, qreal scale);
 // Shows the text unless it is shown, which keeps what is selected; whole in the tool tip.
 void showText(QLabel* label, std::string_view text);
 

@@ -3,8 +3,6 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QMimeData>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPointer>
 #include <QScrollBar>
 #include <algorithm>
@@ -20,48 +18,8 @@ constexpr int kAutoScrollMilliseconds = 16;
 
 }  // namespace
 
-class RulesList::Overlay : public QWidget {
-  public:
-    explicit Overlay(RulesList& list) : QWidget(&list), list_(list) {
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-    }
-
-  protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        paintOutline(painter);
-        for (const RuleRowWidget* row : list_.shown_) {
-            const auto edge = list_.view_.insertionEdge(row->rule());
-            if (!edge) continue;
-            QRect line(row->mapTo(&list_, QPoint()),
-                       QSize(row->width(), SettingsWindow::insertionLineHeight));
-            if (*edge == SettingsView::Edge::bottom)
-                line.moveBottom(line.top() + row->height() - 1);
-            painter.fillRect(line, palette().color(QPalette::Highlight));
-        }
-    }
-
-  private:
-    void paintOutline(QPainter& painter) {
-        painter.setRenderHint(QPainter::Antialiasing);
-        const QRectF outline = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-        QPainterPath inside;
-        inside.addRoundedRect(outline, SettingsWindow::listRadius, SettingsWindow::listRadius);
-        QPainterPath corners;
-        corners.addRect(rect());
-        painter.fillPath(corners - inside, palette().color(QPalette::Window));
-        QColor separator = palette().color(QPalette::WindowText);
-        separator.setAlphaF(0.25F);
-        painter.setPen(separator);
-        painter.drawPath(inside);
-        painter.setRenderHint(QPainter::Antialiasing, false);
-    }
-
-    RulesList& list_;
-};
-
 RulesList::RulesList(SettingsView& view, QWidget* parent)
-    : QAbstractScrollArea(parent), view_(view), overlay_(new Overlay(*this)) {
+    : QAbstractScrollArea(parent), view_(view), overlay_(new RulesOverlay(*this)) {
     measure();  // the first row of all tells the toolkit what a list of them is
     identify(this, SettingsControls::rules);
     setFrameShape(NoFrame);
@@ -93,7 +51,19 @@ void RulesList::render() {
             if (!isActiveWindow()) view_.setFocusedRule(std::nullopt);
         }
     }
-    overlay_->update();
+    showInsertionLine();
+}
+
+void RulesList::showInsertionLine() {
+    std::optional<QRect> line;
+    for (const RuleRowWidget* row : shown_) {
+        const auto edge = view_.insertionEdge(row->rule());
+        if (!edge) continue;
+        line = QRect(row->mapTo(this, QPoint()),
+                     QSize(row->width(), SettingsWindow::insertionLineHeight));
+        if (*edge == SettingsView::Edge::bottom) line->moveBottom(line->top() + row->height() - 1);
+    }
+    overlay_->display(line);
 }
 
 RuleRowWidget* RulesList::reveal(std::size_t index) {
@@ -216,7 +186,7 @@ void RulesList::resizeEvent(QResizeEvent*) {
 
 void RulesList::scrollContentsBy(int, int) {
     arrange();
-    overlay_->update();
+    showInsertionLine();
 }
 
 void RulesList::changeEvent(QEvent* event) {

@@ -9,6 +9,7 @@
 
 #include "Ferrivane/SettingsView.h"
 #include "Ferrivane/linux/ui/RuleRowWidget.h"
+#include "Ferrivane/linux/ui/RulesOverlay.h"
 
 namespace ferrivane {
 
@@ -34,11 +35,9 @@ class RulesList : public QAbstractScrollArea {
     void dropEvent(QDropEvent* event) override;
 
   private:
-    // Over the rows: the list's outline, and the line where a dragged rule will stand.
-    class Overlay;
-
     std::size_t count() const { return view_.store().config().rules.size(); }
     void measure();
+    void showInsertionLine();
     void arrange();
     RuleRowWidget* row(std::size_t index) const;
     RuleRowWidget* unusedRow(std::vector<RuleRowWidget*>& unused, std::size_t index);
@@ -58,7 +57,7 @@ class RulesList : public QAbstractScrollArea {
     std::optional<Uuid> target_;  // the rule under a drag
     QTimer autoScroll_;
     int pointerY_ = 0;  // of a drag
-    Overlay* overlay_;
+    RulesOverlay* overlay_;
 };
 
 }  // namespace ferrivane

@@ -17,32 +17,20 @@
 #include "Ferrivane/SettingsWindow.h"
 #include "Ferrivane/linux/ui/About.h"
 #include "Ferrivane/linux/ui/Banner.h"
+#include "Ferrivane/linux/ui/LinkTesterBox.h"
 #include "Ferrivane/linux/ui/MainMenuBar.h"
 #include "Ferrivane/linux/ui/RulesList.h"
 
 namespace ferrivane {
 namespace {
 
-constexpr int kWatchMilliseconds = 50;  // one change of a file is told several times
-constexpr QMargins kGroupMargins(12, 8, 12, 8);
+constexpr int kWatchMilliseconds = 50;   // one change of a file is told several times
 constexpr int kFrameMilliseconds = 500;  // after the last move
 
 QPushButton* makeButton(const Control& control, const QString& title) {
     auto* button = new QPushButton(title);
     identify(button, control);
     return button;
-}
-
-void setFontScale(QWidget* widget, qreal scale) {
-    QFont font = QApplication::font();
-    font.setPointSizeF(font.pointSizeF() * scale);
-    widget->setFont(font);
-}
-
-void setColour(QWidget* widget, Tint tint) {
-    QPalette palette = QApplication::palette();
-    palette.setColor(QPalette::WindowText, colour(tint, palette));
-    widget->setPalette(palette);
 }
 
 }  // namespace
@@ -75,7 +63,8 @@ SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowS
     column->addWidget(defaultBrowser_);
     column->addWidget(helper_);
     column->addWidget(makeRules(), 1);
-    column->addWidget(makeTester());
+    tester_ = new LinkTesterBox(view_);
+    column->addWidget(tester_);
     column->addWidget(makeOptions());
     column->addWidget(makeProblem());
     setCentralWidget(content);
@@ -142,37 +131,6 @@ QWidget* SettingsMainWindow::makeRules() {
     return group;
 }
 
-QWidget* SettingsMainWindow::makeTester() {
-    auto* group = new QGroupBox(qt(SettingsView::testerTitle));
-    testURL_ = new Field;
-    identify(testURL_, SettingsControls::testURL);
-    testURL_->setPlaceholderText(qt(SettingsView::testerPlaceholder));
-    connect(testURL_, &QLineEdit::textChanged, this,
-            [this](const QString& text) { view_.setTestURL(text.toStdString()); });
-    testApp_ = new Combo(SettingsWindow::senderWidth);
-    identify(testApp_, SettingsControls::testApp);
-    connect(testApp_, &QComboBox::activated, this, [this] {
-        bool isProcess = false;
-        const int process = testApp_->currentValue().toInt(&isProcess);
-        view_.setTestAppPid(isProcess ? std::optional(process) : std::nullopt);
-    });
-    testResult_ = stretching(plainLabel());
-    identify(testResult_, SettingsControls::testResult);
-    testResult_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    testResult_->setFocusPolicy(Qt::StrongFocus);
-
-    auto* row = new QHBoxLayout;
-    row->setSpacing(12);
-    row->addWidget(testURL_, 1);
-    row->addWidget(testApp_);
-    auto* column = new QVBoxLayout(group);
-    column->setContentsMargins(kGroupMargins);
-    column->setSpacing(6);
-    column->addLayout(row);
-    column->addWidget(testResult_);
-    return group;
-}
-
 QWidget* SettingsMainWindow::makeOptions() {
     auto* group = new QGroupBox(qt(SettingsView::optionsTitle));
     menuBarIcon_ = new QCheckBox(withAccessKey(SettingsView::menuBarIconTitle, 'S'));
@@ -229,7 +187,7 @@ void SettingsMainWindow::render() {
     rules_->setVisible(!config.rules.empty());
     rules_->render();
     defaultProfile_->showChoices(view_.profileChoices(config.defaultProfile));
-    renderTester();
+    tester_->render();
     menuBarIcon_->setChecked(view_.showMenuBarIcon());
 
     const auto& problem = view_.store().problem();
@@ -248,18 +206,6 @@ void SettingsMainWindow::keepRoom() {
     const int width = std::max(SettingsWindow::minimumSize.width, content->minimumSize().width());
     const int height = content->minimumHeightForWidth(width) + menuBar()->sizeHint().height();
     setMinimumSize(width, std::max(SettingsWindow::minimumSize.height, height));
-}
-
-void SettingsMainWindow::renderTester() {
-    testURL_->showText(view_.testURL());
-    ProfilePicker::Choices choices;
-    const auto senders = view_.senders();
-    choices.current = senders.current;
-    for (const auto& [name, process] : senders.all) {
-        choices.all.push_back({name, process ? std::to_string(*process) : ""});
-    }
-    testApp_->showChoices(choices);
-    showText(testResult_, view_.testResult());
 }
 
 void SettingsMainWindow::present() {
@@ -310,11 +256,11 @@ void SettingsMainWindow::changeEvent(QEvent* event) {
 
 void SettingsMainWindow::applyColours() {
     for (QWidget* text : {static_cast<QWidget*>(hint_), static_cast<QWidget*>(caption_),
-                          static_cast<QWidget*>(testResult_), static_cast<QWidget*>(version_)}) {
+                          static_cast<QWidget*>(version_)}) {
         setColour(text, Tint::secondary);
     }
     setColour(problemText_, Tint::red);
-    setFontScale(testResult_, 0.95);
+    tester_->applyColours();
     setFontScale(version_, 0.85);
     update();
 }

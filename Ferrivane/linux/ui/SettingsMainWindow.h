@@ -19,9 +19,8 @@ namespace ferrivane {
 
 class BannerRow;
 class Combo;
-class Field;
+class LinkTesterBox;
 class RulesList;
-class Symbol;
 
 class SettingsMainWindow : public QMainWindow {
   public:
@@ -41,12 +40,10 @@ class SettingsMainWindow : public QMainWindow {
 
   private:
     QWidget* makeRules();
-    QWidget* makeTester();
     QWidget* makeOptions();
     QWidget* makeProblem();
     void renderSoon();
     void render();
-    void renderTester();
     void keepRoom();
     void applyColours();
     void commitBeside(const QWidget& clicked);
@@ -67,9 +64,7 @@ class SettingsMainWindow : public QMainWindow {
     QLabel* hint_;
     Combo* defaultProfile_;
     QLabel* caption_;
-    Field* testURL_;
-    Combo* testApp_;
-    QLabel* testResult_;
+    LinkTesterBox* tester_;
     QCheckBox* menuBarIcon_;
     QLabel* version_;
     QWidget* problem_;
