@@ -24,7 +24,6 @@
 namespace ferrivane {
 namespace {
 
-constexpr int kWatchMilliseconds = 50;   // one change of a file is told several times
 constexpr int kFrameMilliseconds = 500;  // after the last move
 
 QPushButton* makeButton(const Control& control, const QString& title) {
@@ -42,7 +41,11 @@ SettingsMainWindow::SettingsMainWindow(SettingsView& view, const SettingsWindowS
     identify(this, SettingsControls::window);
     setWindowTitle(qt(SettingsWindow::title));
     setWindowIcon(applicationIcon());
-    installMenuBar(*this, setup.menus, setup.perform, [this] { showAbout(view_.version(), this); });
+    const auto perform = [this, others = setup.perform](Command command) {
+        saveFrame();  // it may be the end
+        others(command);
+    };
+    installMenuBar(*this, setup.menus, perform, [this] { showAbout(view_.version(), this); });
 
     auto* content = new QWidget;
     auto* column = new QVBoxLayout(content);
