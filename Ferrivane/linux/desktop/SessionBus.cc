@@ -87,7 +87,8 @@ ObjectPointer<GDBusConnection> another() {
     const TextPointer address(
         g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     return connectInTime([&](GCancellable* attempt) {
-        constexpr auto kFlags =
+        // A set of flags, in the enumeration of the single ones.
+        constexpr auto kFlags =  // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
             static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                               G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
         return g_dbus_connection_new_for_address_sync(address.get(), kFlags, nullptr, attempt,
