@@ -43,7 +43,8 @@ Router::Router(const Platform& platform, Log& sharedLog, std::filesystem::path r
     : platform_(platform), log(sharedLog), rulesFile_(std::move(rulesFile)) {}
 
 void Router::route(const std::string& url, const std::optional<Opener>& opener,
-                   const std::optional<std::string>& activationToken, Completion completion) {
+                   const std::optional<std::string>& activationToken,
+                   const Completion& completion) {
     const auto started = platform_.mainLoop.now();
     const Config config = loadConfig();
     const Decision decision = Matcher::decide(url, opener, config);

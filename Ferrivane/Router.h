@@ -32,7 +32,7 @@ class Router {
     // Returns at once; the launch may finish later. A token lets Chrome come to the front.
     void route(const std::string& url, const std::optional<Opener>& opener,
                const std::optional<std::string>& activationToken = std::nullopt,
-               Completion completion = {});
+               const Completion& completion = {});
 
   private:
     Config loadConfig() const;
