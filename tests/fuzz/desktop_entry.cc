@@ -67,6 +67,8 @@ void checkExec(std::string text) {
     const auto entry = read(head + "\nExec=" + escaped(text) + "\n");
     require(entry.has_value(), "an entry of an application is one");
     require(entry->name == text, "escapes are undone");
+    // Behind an escaped blank GLib still sees a comment, which no shell does.
+    if (text.contains("\\ #") || text.contains("\\\n#")) return;
     if (const auto words = wordsOfShell(text)) require(entry->exec == *words, "words of a shell");
 }
 
