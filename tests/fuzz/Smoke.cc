@@ -13,6 +13,7 @@
 #include "tests/support/Files.h"
 
 // Sanitizers end the process without a signal.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
 namespace {

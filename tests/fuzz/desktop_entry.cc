@@ -75,7 +75,8 @@ void checkExec(std::string text) {
 }  // namespace
 
 void run(std::string_view input) {
-    [[maybe_unused]] static const int set = ::setenv("LANGUAGE", "de_AT@euro:fr", 1);
+    [[maybe_unused]] static const int set =
+        ::setenv("LANGUAGE", "de_AT@euro:fr", 1);  // NOLINT(concurrency-mt-unsafe)
     checkFile(std::string(input));
     checkExec(std::string(input));
 }

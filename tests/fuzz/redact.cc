@@ -37,8 +37,8 @@ void checkSecrets(std::string_view input) {
         require(!isShown, "path, query and fragment are not shown");
     }
     for (const char* scheme : {"https://", "ftp://", "//"}) {
-        const std::string secret(kSecret);
-        const std::string link = scheme + secret + ":" + secret + "@" + std::string(input);
+        std::string link(scheme);
+        link.append(kSecret).append(":").append(kSecret).append("@").append(input);
         const auto url = Url::parse(link);
         if (!url || !url->host || url->host->starts_with(kSecret)) continue;
         const bool isShown = Redact::url(link, false).find(kSecret) != std::string::npos;
