@@ -31,7 +31,7 @@ std::string LinuxPreferences::text(std::string_view key) const {
 void LinuxPreferences::setText(std::string_view key, const std::string& value) {
     if (DesktopServices* const services = desktopServices()) {
         (void)AtomicFile::createFolders(file().parent_path());
-        services->setPreference(file(), std::string(key), value);
+        (void)services->setPreference(file(), std::string(key), value);
     }
 }
 

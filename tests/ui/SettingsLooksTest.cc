@@ -6,7 +6,7 @@
 #include "tests/ui/SettingsCase.h"
 
 // What the font library keeps until the process ends.
-extern "C" const char* __lsan_default_suppressions();
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libfontconfig";
 }
