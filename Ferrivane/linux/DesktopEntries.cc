@@ -144,7 +144,7 @@ std::optional<std::filesystem::path> findProgram(const std::string& name) {
     }
     if (name.empty() || name.find('/') != std::string::npos) return std::nullopt;
     for (const std::string& folder : splitAt(environment("PATH"), ':')) {
-        const std::filesystem::path file = std::filesystem::path(folder) / name;
+        std::filesystem::path file = std::filesystem::path(folder) / name;
         if (file.is_absolute() && isExecutable(file)) return file;
     }
     return std::nullopt;
@@ -203,7 +203,7 @@ std::string idIn(const std::filesystem::path& folder, const std::filesystem::pat
 // The file of an entry's name below a folder. A dash may stand for a folder.
 std::optional<std::filesystem::path> fileIn(const std::filesystem::path& folder,
                                             const std::string& name) {
-    const std::filesystem::path file = folder / name;
+    std::filesystem::path file = folder / name;
     if (::access(file.c_str(), F_OK) == 0) return file;
     for (std::size_t dash = name.find('-', 1); dash < name.size();
          dash = name.find('-', dash + 1)) {

@@ -74,6 +74,7 @@ char asciiLower(char c) {
 
 // Appends `text`, which is valid UTF-8, mapped by utf8proc.
 void appendMapped(std::string& out, std::string_view text, int options) {
+    // A set of flags. NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
     const auto flags = static_cast<utf8proc_option_t>(options);
     const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
     const auto size = static_cast<utf8proc_ssize_t>(text.size());
