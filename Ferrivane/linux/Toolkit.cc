@@ -8,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "Ferrivane/SettingsView.h"
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Modules.h"
@@ -16,6 +17,9 @@
 
 namespace ferrivane {
 namespace {
+
+// Whoever loads the module has what it calls (ui/exports.txt): the settings, with all they need.
+[[gnu::used]] void (SettingsView::* const kCalledByTheModule)() = &SettingsView::refresh;
 
 bool canConnectToWayland() {
     const std::string display = environment("WAYLAND_DISPLAY");
