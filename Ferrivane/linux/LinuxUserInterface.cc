@@ -38,7 +38,7 @@ void LinuxUserInterface::setStartsAtLogin(bool starts) {
         Autostart::set(file, Processes::executable(::getpid()).value_or("Ferrivane"), starts);
     if (!set) {
         std::cerr << "Ferrivane: cannot change " << file.string() << ": "
-                  << set.error().description() << std::endl;
+                  << set.error().description() << "\n";
     }
 }
 
@@ -48,7 +48,7 @@ void LinuxUserInterface::showSettings(SettingsView& view,
     if (!shown) {
         if (Restart::isDue() && perform_) return leaveToNextVersion(activationToken);
         std::cerr << "Ferrivane: cannot show the settings: " << shown.error()
-                  << "; the rules are in " << Paths::rulesFile().string() << std::endl;
+                  << "; the rules are in " << Paths::rulesFile().string() << "\n";
         return;
     }
     const std::string key = std::string(SettingsWindow::autosaveName) + "Frame";

@@ -223,7 +223,7 @@ Origin ownOrigin() {
 }
 
 std::optional<Opener> opener(const Origin& origin, const DesktopEntries& entries) {
-    Found found = walk(origin.sender, entries);
+    const Found found = walk(origin.sender, entries);
     if (found.application) return found.application;
     if (auto fromUnit = fromControlGroup(origin.controlGroup, entries)) return fromUnit;
     if (const pid_t process = processOfStartupId(origin.startupId); process > 1) {

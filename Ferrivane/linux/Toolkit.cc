@@ -30,8 +30,8 @@ bool canConnectToWayland() {
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path, path.c_str(), path.size());
     const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
-           0;
+    return socket && ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
+                               sizeof address) == 0;
 }
 
 // The toolkit ends the process when it finds no display, so it is not asked before there is one.

@@ -71,7 +71,7 @@ void edit(QKeySequence::StandardKey key) {
     QApplication::sendEvent(focused, &press);
 }
 
-void perform(QMainWindow& window, Command command) {
+void performHere(QMainWindow& window, Command command) {
     if (command == Command::close) window.close();
     if (command == Command::minimize) window.showMinimized();
     if (command != Command::hide) return;
@@ -83,7 +83,7 @@ void perform(QMainWindow& window, Command command) {
 }  // namespace
 
 void installMenuBar(QMainWindow& window, const std::vector<Menu>& menus,
-                    const std::function<void(Command)>& others,
+                    const std::function<void(Command)>& perform,
                     const std::function<void()>& about) {
     for (const Menu& menu : menus) {
         QMenu* const shown = window.menuBar()->addMenu("&" + qt(menu.title));
@@ -105,10 +105,10 @@ void installMenuBar(QMainWindow& window, const std::vector<Menu>& menus,
                 continue;
             }
             QObject::connect(action, &QAction::triggered, action,
-                             [&window, command, others, about] {
+                             [&window, command, perform, about] {
                                  if (command == Command::about) return about();
-                                 perform(window, command);
-                                 others(command);
+                                 performHere(window, command);
+                                 perform(command);
                              });
         }
     }

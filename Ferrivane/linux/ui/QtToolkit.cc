@@ -94,7 +94,10 @@ extern "C" __attribute__((visibility("default"))) ferrivane::Toolkit* ferrivane_
     static std::string option = "-platform";
     static std::array<char*, 4> arguments{name.data(), option.data(), usable.data(), nullptr};
     static int count = 3;
-    new QApplication(count, arguments.data());  // never deleted: that gives no memory back
+    // Never deleted: that gives no memory back.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+    static auto* const application = new QApplication(count, arguments.data());
+    (void)application;
     QApplication::setQuitOnLastWindowClosed(false);
     static ferrivane::QtToolkit toolkit;
     return &toolkit;
