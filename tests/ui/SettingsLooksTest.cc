@@ -81,6 +81,11 @@ TEST_F(SettingsLooksTest, ALongProfileNameIsShortenedAndWholeInTheToolTip) {
     EXPECT_EQ(shown->toolTip().toStdString(), name) << "instead of the hint";
 }
 
+TEST(ToolTipTest, NoTextIsMarkup) {
+    EXPECT_EQ(plainToolTip("a & b < c"), "a & b < c");
+    EXPECT_EQ(plainToolTip("<b>x</b>"), "<qt>&lt;b&gt;x&lt;/b&gt;</qt>");
+}
+
 TEST_F(SettingsLooksTest, ALongWordDoesNotWidenTheWindow) {
     writeRules(R"({"rules": [{"kind": "url", "match": "x", "profile": ")" + std::string(300, 'w') +
                R"("}]})");

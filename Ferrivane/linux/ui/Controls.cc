@@ -29,7 +29,7 @@ QString withAccessKey(std::string_view title, char key) {
 }
 
 QString plainToolTip(const QString& text) {
-    return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
+    return Qt::mightBeRichText(text) ? "<qt>" + text.toHtmlEscaped() + "</qt>" : text;
 }
 
 void identify(QWidget* widget, const Control& control) {
