@@ -8,6 +8,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <time.h>
+#include <unistd.h>
 
 #include "core/port/Paths.h"
 #include "core/support/AtomicFile.h"
@@ -31,14 +32,23 @@ std::string formatted(std::chrono::system_clock::time_point time) {
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
-// As a rule one call of write(2) per line; the loop is for a disk that fills up.
-void writeLine(int fd, std::string_view line) {
+// As a rule one call of write(2) per line; the loop is for a disk that fills up. False when a part
+// is missing.
+bool writeLine(int fd, std::string_view line) {
     while (!line.empty()) {
         const ssize_t count = ::write(fd, line.data(), line.size());
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return;
+        if (count <= 0) return false;
         line.remove_prefix(static_cast<std::size_t>(count));
     }
+    return true;
+}
+
+bool lock(int fd) {
+    while (::flock(fd, LOCK_EX) != 0) {
+        if (errno != EINTR) return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -62,19 +72,22 @@ void Log::write(std::string_view level, std::string message) {
 void Log::append(Time time, std::string_view level, std::string_view message) const {
     std::string line = formatted(time);
     line.append(" [").append(level).append("] ").append(message).append("\n");
-    if (echoToStderr) writeLine(STDERR_FILENO, line);
+    if (echoToStderr) (void)writeLine(STDERR_FILENO, line);
 
     // The lock lives on the folder's own descriptor, so that no further file appears.
     const FileDescriptor folder(
         ::open(fileURL.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder) ::flock(folder.get(), LOCK_EX);
-    rotateIfNeeded();
+    const bool isLocked = folder && lock(folder.get());
+    // Two that move it aside at the same time would lose a generation.
+    if (isLocked) rotateIfNeeded();
     // Not blocking: somebody may have put a pipe in the file's place.
     const FileDescriptor file(::open(
         fileURL.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
     struct stat info{};
     if (file && ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode)) {
-        writeLine(file.get(), line);
+        const bool isWhole = writeLine(file.get(), line);
+        // The next line is not to follow half of this one. Unlocked, it could be there already.
+        if (!isWhole && isLocked) (void)!::ftruncate(file.get(), info.st_size);
     }
 }
 
@@ -84,7 +97,6 @@ void Log::rotateIfNeeded() const {
     if (static_cast<std::uint64_t>(info.st_size) <= maxBytes) return;
     std::filesystem::path older = fileURL;
     older += ".1";
-    ::unlink(older.c_str());
     (void)::rename(fileURL.c_str(), older.c_str());
 }
 

@@ -3,7 +3,7 @@
 // Any thread may log at any time; callers only take the time stamp and enqueue. Nothing here ever
 // fails or reports: what cannot be written is lost and logging goes on with the next line. Several
 // processes may write to one file: lines are appended whole, and a lock on the folder covers the
-// check of the size, the move and the append.
+// check of the size, the move and the append. Without the lock nothing is moved.
 #pragma once
 
 #include <chrono>

@@ -1,36 +1,24 @@
 #!/usr/bin/env python3
-"""Interrupts a save at every system call it makes, by every error and by a kill.
+"""Interrupts a save at every system call it makes, by errors and by a kill.
 
-    save_faults.py SAVE_CONFIG
+    save_faults.py FAULT_PROBE
 
 The file must hold the old bytes or the new ones, the new ones exactly when success was reported; it
 keeps its mode, a symbolic link stays one, and no temporary file is left: after an error none at all,
 after a kill none once the next save is through.
 """
 
-import os
-import re
 import subprocess
 import sys
 import tempfile
-from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-ERRORS = ("ENOSPC", "EIO", "EACCES", "EROFS", "EDQUOT", "EINTR", "EMFILE", "ENOMEM")
-# What the allocator and the C++ library do on their own account.
-NOT_OF_THE_SAVE = {"brk", "mmap", "munmap", "mprotect", "madvise", "mremap", "futex", "getrandom",
-                   "rt_sigprocmask", "sched_yield", "prctl", "sigaltstack"}
+from faults import KILL, Probe, expect_calls, finish, under_fire
+
 OLD_RULES, NEW_RULES = "200", "300"
 NEW_FILE, EXISTING, LINKED, LEFTOVER = "new file", "existing file", "linked file", "leftover"
 
-program = str(Path(sys.argv[1]).resolve())
-# The leak checker cannot work in a traced process.
-environment = {**os.environ, "ASAN_OPTIONS": "detect_leaks=0"}
-
-
-def save(path, rules, *tracing):
-    command = [*tracing, program, str(path), rules]
-    return subprocess.run(command, env=environment, capture_output=True, text=True)
+probe = Probe(sys.argv[1])
 
 
 class Place:
@@ -80,64 +68,31 @@ class Place:
         return None
 
 
-def calls_of_the_save(root, scenario):
-    """Each system call between the two marks, as its name and its number among its name's calls."""
-    place = Place(root, scenario)
-    log = place.folder / "trace"
-    result = save(place.path, NEW_RULES, "strace", "-f", "-o", str(log))
-    assert result.returncode == 0, result.stderr
-    counts, calls, inside = {}, [], False
-    probes = set()  # the sanitizers find out what memory may be read by writing it into a pipe
-    for line in log.read_text().splitlines():
-        match = re.match(r"\d+ +(\w+)\((.*)", line)
-        if not match:
-            continue
-        name, arguments = match.groups()
-        counts[name] = counts.get(name, 0) + 1
-        descriptor = re.match(r"\d+", arguments)
-        is_probe = name.startswith("pipe") or (descriptor and descriptor.group() in probes)
-        if name.startswith("pipe"):
-            probes.update(re.findall(r"\d+", arguments.split("]")[0]))
-        elif name == "close" and is_probe:
-            probes.discard(descriptor.group())
-        if arguments.startswith('"/save begins"'):
-            inside = True
-        elif arguments.startswith('"/save ends"'):
-            return calls
-        elif inside and name not in NOT_OF_THE_SAVE and not is_probe:
-            calls.append((name, counts[name]))
-    raise AssertionError("the marks are missing in the trace")
-
-
 def attempt(root, scenario, call, number, fault):
     """One save with one fault; the text of what went wrong, or None."""
     place = Place(root, scenario)
-    name = f"{scenario}: {call} number {number}, {fault}"
-    injected = save(place.path, NEW_RULES, "strace", "-f", "-o", "/dev/null", "-e", f"trace={call}",
-                    "-e", f"inject={call}:{fault}:when={number}")
-    if fault.startswith("signal"):
-        if injected.returncode not in (-9, 137):
-            return f"{name}: was not killed, status {injected.returncode}"
+    injected = probe.run_with_fault(call, number, fault, "save", place.path, NEW_RULES)
+    if fault == KILL:
         wrong = place.fault_after(None)
         if wrong is None:
-            again = save(place.path, NEW_RULES)
+            again = probe.run("save", place.path, NEW_RULES)
             wrong = place.fault_after(again.returncode == 0) or (
                 f"next save: {again.stderr}" if again.returncode != 0 or place.strays() else None)
-    elif injected.returncode not in (0, 1):
-        wrong = f"status {injected.returncode}: {injected.stderr[:500]}"
-    else:
-        wrong = place.fault_after(injected.returncode == 0)
-        if wrong is None and injected.returncode == 1 and not injected.stderr.strip():
-            wrong = "an error without a description"
-    return f"{name}: {wrong}" if wrong else None
+        return wrong
+    if injected.returncode not in (0, 1):
+        return f"status {injected.returncode}: {injected.stderr[:500]}"
+    wrong = place.fault_after(injected.returncode == 0)
+    if wrong is None and injected.returncode == 1 and not injected.stderr.strip():
+        wrong = "an error without a description"
+    return wrong
 
 
 def check_process_with_the_pid_of_a_dead_one(root):
     """In a container every run of a program can have the same pid, and so can what it left."""
     folder = Path(tempfile.mkdtemp(dir=root))
     script = """for n in 1 2 9; do echo half > "$1/.rules.json.$$-$n.tmp"; done
-                exec "$2" "$1/rules.json" "$3" """
-    result = subprocess.run(["sh", "-c", script, "sh", str(folder), program, NEW_RULES],
+                exec "$2" save "$1/rules.json" "$3" """
+    result = subprocess.run(["sh", "-c", script, "sh", str(folder), probe.program, NEW_RULES],
                             capture_output=True, text=True)
     names = [path.name for path in folder.iterdir()]
     if result.returncode == 0 and names == ["rules.json"]:
@@ -146,27 +101,18 @@ def check_process_with_the_pid_of_a_dead_one(root):
 
 
 def main():
-    failures = []
     with tempfile.TemporaryDirectory(prefix="fv-", dir="/tmp") as root:
-        failures += check_process_with_the_pid_of_a_dead_one(root)
+        failures = check_process_with_the_pid_of_a_dead_one(root)
         for scenario in (NEW_FILE, EXISTING, LINKED, LEFTOVER):
-            calls = calls_of_the_save(root, scenario)
-            for needed in ("openat", "write", "fsync", "rename"):
-                assert needed in [name for name, _ in calls], f"no {needed} in {calls}"
-            faults = [f"error={e}" for e in ERRORS] + ["signal=SIGKILL"]
-            with ThreadPoolExecutor(os.cpu_count()) as pool:
-                outcomes = list(pool.map(
-                    lambda job: attempt(root, scenario, *job),
-                    [(call, number, fault) for call, number in calls for fault in faults]))
-            failures += [outcome for outcome in outcomes if outcome]
-            print(f"{scenario}: {len(calls)} calls, {len(outcomes)} saves interrupted", flush=True)
-    print("\n".join(failures))
-    return 1 if failures else 0
+            calls = probe.calls("save", Place(root, scenario).path, NEW_RULES)
+            expect_calls(calls, "openat", "write", "fsync", "rename")
+            failures += under_fire(scenario, calls, lambda *fault, s=scenario: attempt(root, s, *fault))
+    return finish(failures)
 
 
 with tempfile.TemporaryDirectory(prefix="fv-", dir="/tmp") as samples:
     for sample_rules in (OLD_RULES, NEW_RULES):
-        assert save(Path(samples) / sample_rules, sample_rules).returncode == 0
+        assert probe.run("save", Path(samples) / sample_rules, sample_rules).returncode == 0
     old_bytes = (Path(samples) / OLD_RULES).read_bytes()
     new_bytes = (Path(samples) / NEW_RULES).read_bytes()
 with subprocess.Popen(["true"]) as ended:

@@ -1,0 +1,49 @@
+// What a full disk leaves of a line.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include "core/Log.h"
+#include "tests/core/LogLines.h"
+#include "tests/support/Child.h"
+#include "tests/support/TempDir.h"
+
+namespace ferrivane {
+namespace {
+
+constexpr std::chrono::seconds kLong{60};
+
+// Only for children.
+void limitFiles(rlim_t bytes) {
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = bytes;
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+TEST(LogFaults, ALineThatDoesNotFitLeavesNoPartOfIt) {
+    const test::TempDir dir;
+    EXPECT_EQ(test::inChild([&] {
+                  ::signal(SIGXFSZ, SIG_IGN);
+                  Log log(dir.path());
+                  log.info("earlier");
+                  if (!log.flush(kLong)) return "not written";
+                  limitFiles(100);
+                  log.info(std::string(100, 'x'));
+                  log.info("fits");
+                  if (!log.flush(kLong)) return "not written";
+                  limitFiles(RLIM_INFINITY);
+                  log.info("later");
+                  return log.flush(kLong) ? "ok" : "not written";
+              }),
+              "ok");
+    std::vector<std::string> lines;
+    for (const auto& line : test::linesOf(dir / "ferrivane.log")) {
+        lines.push_back(test::withoutStamp(line));
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{"[INFO] earlier", "[INFO] fits", "[INFO] later"}));
+}
+
+}  // namespace
+}  // namespace ferrivane
