@@ -67,7 +67,7 @@ class Desktop:
         self.env = self._environment()
         self.processes = Processes(self.env)
         self._undo.callback(self.processes.end_all)
-        self._register_browser()
+        self.register_browser()
         self.server = WebServer()
         self._undo.callback(self.server.server_close)
         self._undo.callback(self.server.shutdown)
@@ -145,6 +145,10 @@ class Desktop:
     def rules_file(self):
         return self.root / "config/ferrivane/rules.json"
 
+    @property
+    def log_file(self):
+        return self.root / "state/ferrivane/ferrivane.log"
+
     def write_rules(self, *rules, default=HOME.name):
         """Rules as (kind, match, profile)."""
         keys = ("kind", "match", "profile")
@@ -156,7 +160,7 @@ class Desktop:
 
     def log(self):
         with contextlib.suppress(FileNotFoundError):
-            return (self.root / "state/ferrivane/ferrivane.log").read_text(errors="replace")
+            return self.log_file.read_text(errors="replace")
         return ""
 
     def add_application(self, name, program=None, file=None):
@@ -201,7 +205,7 @@ class Desktop:
     def user_data(self):
         return self.root / "config/chromium"
 
-    def _register_browser(self):
+    def register_browser(self):
         switches = ["--no-first-run", "--no-default-browser-check", "--password-store=basic",
                     "--disable-background-networking", "--disable-component-update", "--disable-sync",
                     "--disable-gpu", "--hide-crash-restore-bubble", "--no-pings", "--test-type",

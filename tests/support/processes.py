@@ -72,10 +72,10 @@ class Processes:
         return ours - {os.getpid()}
 
     def running(self, executable):
-        """Those of them that run this executable."""
+        """Those of them that run this executable, or the one that was replaced by it."""
         def runs(pid):
             with contextlib.suppress(OSError):
-                return os.readlink(f"/proc/{pid}/exe") == str(executable)
+                return os.readlink(f"/proc/{pid}/exe").removesuffix(" (deleted)") == str(executable)
         return sorted(filter(runs, self.all()))
 
     def end(self, pids, number=signal.SIGTERM, seconds=5):

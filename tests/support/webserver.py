@@ -1,6 +1,7 @@
 """A local web server that knows which of the browser's profiles asks for a page."""
 
 import threading
+import time
 from html import escape
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from typing import NamedTuple
@@ -32,6 +33,8 @@ class Hit(NamedTuple):
     host: str
     path: str  # with the query
     language: str
+    browser: str = ""  # what it calls itself
+    time: float = 0  # by the wall clock
 
 
 class WebServer(ThreadingHTTPServer):
@@ -42,6 +45,7 @@ class WebServer(ThreadingHTTPServer):
     def __init__(self):
         super().__init__(("127.0.0.1", 0), _Page)
         self.hits = []
+        self.stays = lambda hit: True  # or the page closes its tab once it is loaded
         threading.Thread(target=self.serve_forever, kwargs={"poll_interval": 0.05}, daemon=True).start()
 
     def link(self, path, host="127.0.0.1"):
@@ -58,7 +62,9 @@ class _Page(BaseHTTPRequestHandler):
     def do_GET(self):
         language = self.headers.get("Accept-Language", "").partition(",")[0]
         host = self.headers.get("Host", "")
-        self.server.hits.append(Hit(host, self.path, language))
+        hit = Hit(host, self.path, language, self.headers.get("User-Agent", ""), time.time())
+        self.server.hits.append(hit)
+        end = "" if self.server.stays(hit) else "<script>onload = () => close()</script>"
         profile = next((p for p in PROFILES if p.language == language), None)
         name, colour = (profile.name, profile.colour) if profile else ("?", "#555")
         own = [hit for hit in self.server.hits if hit.language == language][-6:]
@@ -70,7 +76,7 @@ body {{ background: {colour}; color: white; font: 20px sans-serif; margin: 1.2em
 h1 {{ font-size: 96px; margin: 0 0 24px }} li {{ overflow-wrap: anywhere; line-height: 1.6 }}
 li:last-child {{ font-weight: bold }}</style></head>
 <body>profile<h1>{name}</h1>Accept-Language: {escape(language)}
-<p>fetched:</p><ul>{items}</ul></body></html>""".encode()
+<p>fetched:</p><ul>{items}</ul>{end}</body></html>""".encode()
         self.send_response(200)
         self.send_header("Content-Type", "text/html; charset=utf-8")
         self.send_header("Content-Length", str(len(page)))
