@@ -81,12 +81,13 @@ class DesktopServices {
     // Shows a file selected in the file manager (freedesktop.org, File Manager D-Bus Interface);
     // without one that can, opens its folder.
     virtual void select(const std::filesystem::path& file) = 0;
-    // A value in a key file (freedesktop.org, Desktop Entry Specification, "Basic format"), as it
-    // is written there; absent when it is not.
-    virtual std::optional<std::string> preference(const std::filesystem::path& file,
+    // A value in the text of a key file (freedesktop.org, Desktop Entry Specification, "Basic
+    // format"), as it is written there; absent when it is not.
+    virtual std::optional<std::string> preference(const std::string& file,
                                                   const std::string& key) = 0;
-    virtual bool setPreference(const std::filesystem::path& file, const std::string& key,
-                               const std::string& value) = 0;
+    // The text with this value, and with whatever else it says.
+    virtual std::string withPreference(const std::string& file, const std::string& key,
+                                       const std::string& value) = 0;
     // Moves a process and its session into a scope of their own, so that they do not end with
     // whatever started us. Without systemd nothing happens.
     virtual void moveToOwnScope(pid_t process) = 0;

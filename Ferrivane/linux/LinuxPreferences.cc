@@ -3,6 +3,7 @@
 #include "Ferrivane/linux/DesktopServices.h"
 #include "core/port/Paths.h"
 #include "core/support/AtomicFile.h"
+#include "core/support/ReadFile.h"
 
 namespace ferrivane {
 namespace {
@@ -25,13 +26,13 @@ void LinuxPreferences::setFlag(std::string_view key, bool value) {
 std::string LinuxPreferences::text(std::string_view key) const {
     DesktopServices* const services = desktopServices();
     if (services == nullptr) return {};
-    return services->preference(file(), std::string(key)).value_or("");
+    return services->preference(readFile(file()).value_or(""), std::string(key)).value_or("");
 }
 
 void LinuxPreferences::setText(std::string_view key, const std::string& value) {
     if (DesktopServices* const services = desktopServices()) {
-        (void)AtomicFile::createFolders(file().parent_path());
-        (void)services->setPreference(file(), std::string(key), value);
+        const std::string before = readFile(file()).value_or("");
+        (void)AtomicFile::write(file(), services->withPreference(before, std::string(key), value));
     }
 }
 

@@ -1,5 +1,6 @@
 // What the module of the desktop's libraries does, besides the bus and windows.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/linux/Program.h"
 #include "tests/support/Files.h"
@@ -56,6 +57,29 @@ TEST_F(DesktopServicesTest, PreferencesThatAreNoneCountAsUnset) {
         test::writeText(preferences, text);
         EXPECT_EQ(ask({"flag", "showMenuBarIcon"}), "not set\n") << text;
     }
+}
+
+TEST_F(DesktopServicesTest, PreferencesAreForTheirOwnerAlone) {
+    const mode_t before = ::umask(0);
+    EXPECT_EQ(ask({"set-flag", "showMenuBarIcon"}), "done\n");
+    ::umask(before);
+    EXPECT_EQ(test::modeOf(preferences), 0600U);
+    EXPECT_EQ(test::modeOf(preferences.parent_path()), 0700U);
+}
+
+// The dotfiles of many are links into one folder.
+TEST_F(DesktopServicesTest, PreferencesBehindALinkStayThere) {
+    std::filesystem::create_directories(preferences.parent_path());
+    std::filesystem::create_symlink("elsewhere", preferences);
+    ask({"set-flag", "showMenuBarIcon"});
+    EXPECT_TRUE(std::filesystem::is_symlink(preferences));
+    EXPECT_EQ(ask({"flag", "showMenuBarIcon"}), "set\n");
+}
+
+TEST_F(DesktopServicesTest, APipeInPlaceOfThePreferencesIsNotWaitedFor) {
+    std::filesystem::create_directories(preferences.parent_path());
+    ASSERT_EQ(::mkfifo(preferences.c_str(), 0600), 0);
+    EXPECT_EQ(ask({"flag", "showMenuBarIcon"}), "not set\n");
 }
 
 TEST_F(DesktopServicesTest, ADocumentOpensInThePersonsApplicationForIt) {

@@ -48,13 +48,13 @@ class Services : public DesktopServices {
         return Documents::open(file);
     }
     void select(const std::filesystem::path& file) override { Documents::select(file); }
-    std::optional<std::string> preference(const std::filesystem::path& file,
+    std::optional<std::string> preference(const std::string& file,
                                           const std::string& key) override {
         return KeyFile::value(file, key);
     }
-    bool setPreference(const std::filesystem::path& file, const std::string& key,
-                       const std::string& value) override {
-        return KeyFile::setValue(file, key, value);
+    std::string withPreference(const std::string& file, const std::string& key,
+                               const std::string& value) override {
+        return KeyFile::withValue(file, key, value);
     }
     void moveToOwnScope(pid_t process) override { SessionBus::moveToOwnScope(process); }
     bool hasDisplay() override { return Windows::canConnect(); }
