@@ -50,5 +50,34 @@ TEST(TerminalDialogs, LinkIsShownInFullToAPersonOnly) {
     }
 }
 
+TEST(TerminalDialogs, NoTerminalObeysALink) {
+    const LaunchError quoting{LaunchError::Kind::platform, "cannot open https://a/\x1B]0;x\a"};
+    EXPECT_EQ(shown("https://a/\x1B]0;x\a", quoting, true),
+              "Couldn't open the link in Google Chrome: cannot open https://a/\\x1B]0;x\\x07\n"
+              "https://a/\\x1B]0;x\\x07\n");
+    const struct {
+        const char* name;
+        const char* url;
+        const char* text;
+    } rows[] = {
+        {"a line that was not written here", "x:\nforged", "x:\\x0Aforged"},
+        {"a blank line's worth of returns", "x:\r\t\v", "x:\\x0D\\x09\\x0B"},
+        {"delete", "x:\x7F", "x:\\x7F"},
+        {"a control sequence in one character",
+         "x:\xC2\x9B"
+         "2J",
+         "x:\xC2\\x9B"
+         "2J"},
+        {"letters and no-break space", "x:\xC2\xA0\xC3\x9B\xE2\x82\x9B",
+         "x:\xC2\xA0\xC3\x9B\xE2\x82\x9B"},
+    };
+    for (const auto& row : rows) {
+        const std::string title = "Couldn't open the link in Google Chrome: ";
+        EXPECT_EQ(shown(row.url, {}, false),
+                  title + "Google Chrome is not installed\n" + row.text + "\n")
+            << row.name;
+    }
+}
+
 }  // namespace
 }  // namespace ferrivane
