@@ -87,6 +87,36 @@ TEST_F(AtomicFileWrite, RemovesWhatAnEarlierProcessWithOurPidLeft) {
     EXPECT_EQ(namesIn(dir.path()), Names{"rules.json"});
 }
 
+// Somebody who guesses the next names gains nothing: what lies there is never opened.
+TEST_F(AtomicFileWrite, WhatIsPlantedUnderATemporaryNameIsNotWrittenTo) {
+    writeText(dir / "precious", "kept");
+    writeText(file, "old");
+    constexpr unsigned kMoreThanWereUsed = 200;
+    const auto plant = [&](const auto& lay) {
+        for (unsigned number = 1; number < kMoreThanWereUsed; ++number) {
+            lay(dir / temporaryName(::getpid(), number));
+        }
+    };
+    plant([](const auto& name) { std::filesystem::create_symlink("precious", name); });
+    EXPECT_EQ(outcomeOf(AtomicFile::write(file, "new")), "ok");
+    EXPECT_EQ(readText(dir / "precious"), "kept");
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(file)));
+
+    plant([](const auto& name) {
+        std::filesystem::remove(name);
+        ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
+    });
+    EXPECT_EQ(outcomeOf(AtomicFile::write(file, "newer")), "ok");
+    EXPECT_EQ(readText(file), "newer");
+
+    plant([](const auto& name) {
+        std::filesystem::remove(name);
+        std::filesystem::create_directory(name);
+    });
+    EXPECT_EQ(outcomeOf(AtomicFile::write(file, "newest")), "open failed: File exists");
+    EXPECT_EQ(readText(file), "newer");
+}
+
 TEST_F(AtomicFileWrite, ABareFileNameMeansTheWorkingDirectory) {
     const std::string leftover = temporaryName(deadProcess(), 1);
     writeText(dir / leftover, "half");

@@ -157,6 +157,18 @@ TEST_F(LogFile, SomethingElseInItsPlaceIsLeftAlone) {
     EXPECT_EQ(lastLine(), "[INFO] at last");
 }
 
+TEST_F(LogFile, ALinkInPlaceOfTheOlderGenerationIsReplacedAndNotFollowed) {
+    test::writeText(dir / "precious", "kept");
+    std::filesystem::create_symlink("precious", older);
+    Log log(dir.path());
+    logLine(log, "x");
+    std::filesystem::resize_file(file, kLogRotatesAbove + 1);
+    logLine(log, "y");
+    EXPECT_EQ(test::readText(dir / "precious"), "kept");
+    EXPECT_EQ(std::filesystem::file_size(older), kLogRotatesAbove + 1);
+    EXPECT_FALSE(std::filesystem::is_symlink(older));
+}
+
 TEST_F(LogFile, ASymbolicLinkIsFollowed) {
     std::filesystem::create_symlink("elsewhere", file);
     Log log(dir.path());
