@@ -2,7 +2,17 @@
 
 #include <utility>
 
+#include "core/support/Descriptors.h"
+
 namespace ferrivane {
+namespace {
+
+// The lock, the socket or a process, the log; a lack of them passes, as a rule.
+constexpr std::size_t kDescriptorsOfLink = 4;
+constexpr std::chrono::milliseconds kDescriptorsInterval{100};
+constexpr std::chrono::seconds kDescriptorsLimit{10};
+
+}  // namespace
 
 LinkQueue::LinkQueue(const Platform& platform, Log& log, std::filesystem::path rulesFile)
     : platform_(platform), router_(platform, log, std::move(rulesFile)) {}
@@ -29,6 +39,7 @@ void LinkQueue::routeNext() {
         for (const auto& work : std::exchange(whenIdle_, {})) work();
         return;
     }
+    if (mustWait()) return platform_.mainLoop.after(kDescriptorsInterval, [this] { routeNext(); });
     const Entry entry = std::move(waiting_.front());
     waiting_.pop_front();
     bytes_ -= entry.link.url.size();
@@ -40,6 +51,16 @@ void LinkQueue::routeNext() {
                       // By way of the main loop: a thousand links are no deeper than one.
                       platform_.mainLoop.after({}, [this] { routeNext(); });
                   });
+}
+
+bool LinkQueue::mustWait() {
+    const auto now = platform_.mainLoop.now();
+    if (descriptorsAreLeft<kDescriptorsOfLink>()) {
+        waitingSince_.reset();
+        return false;
+    }
+    if (!waitingSince_) waitingSince_ = now;
+    return now - *waitingSince_ < kDescriptorsLimit;
 }
 
 }  // namespace ferrivane

@@ -1,6 +1,9 @@
 // Links on their way, strictly one at a time and in the order of their arrival. Main thread only.
+//
+// Without file descriptors a link could only be lost: it waits for them, at most 10 seconds.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <filesystem>
@@ -44,6 +47,7 @@ class LinkQueue {
 
     void start();
     void routeNext();
+    bool mustWait();
 
     const Platform platform_;
     Router router_;
@@ -51,6 +55,7 @@ class LinkQueue {
     std::size_t bytes_ = 0;
     std::vector<std::function<void()>> whenIdle_;
     bool isBusy_ = false;
+    std::optional<std::chrono::steady_clock::time_point> waitingSince_;
 };
 
 }  // namespace ferrivane

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include "Ferrivane/LinkQueue.h"
 #include "tests/app/AppTest.h"
+#include "tests/support/Child.h"
 
 namespace ferrivane {
 namespace {
@@ -85,6 +87,25 @@ TEST_F(LinkQueueTest, IdleIsWhenTheLastLinkIsOver) {
     add("https://c/");
     fake.mainLoop.runUntilIdle();
     EXPECT_EQ(happened.back(), "https://c/ opened") << "told once";
+}
+
+TEST_F(LinkQueueTest, ALinkWaitsForDescriptorsForTenSeconds) {
+    for (const bool comeBack : {true, false}) {
+        EXPECT_EQ(test::inChild([&]() -> std::string {
+                      rlimit limit{};
+                      ::getrlimit(RLIMIT_NOFILE, &limit);
+                      rlimit none = limit;
+                      none.rlim_cur = 3;
+                      ::setrlimit(RLIMIT_NOFILE, &none);
+                      add("https://a/");
+                      fake.mainLoop.advance(9900ms);
+                      if (!happened.empty() || !fake.calls.empty()) return "did not wait";
+                      if (comeBack) ::setrlimit(RLIMIT_NOFILE, &limit);
+                      fake.mainLoop.advance(200ms);
+                      return happened.empty() ? "still waits" : happened.front();
+                  }),
+                  "https://a/ opened");
+    }
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "Ferrivane/linux/desktop/GObjects.h"
 #include "Ferrivane/linux/desktop/SessionBus.h"
+#include "core/support/Descriptors.h"
 
 namespace ferrivane::Application {
 namespace {
@@ -20,6 +21,7 @@ using NameClaim = DesktopServices::NameClaim;
 
 constexpr const char* kInterface = "org.freedesktop.Application";
 constexpr int kTimeoutMilliseconds = 2000;
+constexpr std::size_t kDescriptorsOfCall = 4;
 constexpr const char* kDescription = R"(
 <node>
   <interface name="org.freedesktop.Application">
@@ -80,6 +82,12 @@ VariantPointer child(GVariant* tuple, gsize index) {
 void handle(GDBusConnection*, const gchar* sender, const gchar*, const gchar*,
             const gchar* methodName, GVariant* parameters, GDBusMethodInvocation* invocation,
             gpointer data) {
+    // A link that cannot go on is better refused than lost. And GLib ends the process where it
+    // finds no descriptor to wait for an answer with.
+    if (!descriptorsAreLeft<kDescriptorsOfCall>()) {
+        return g_dbus_method_invocation_return_dbus_error(
+            invocation, "org.freedesktop.DBus.Error.LimitsExceeded", "Too many open files.");
+    }
     const Calls& calls = *static_cast<const Calls*>(data);
     const std::string_view method = methodName;
     const auto platformData = child(parameters, g_variant_n_children(parameters) - 1);
