@@ -137,7 +137,7 @@ class OwnBrowser:
                 (folder / path.name).symlink_to(path)
         desktop.binary = folder / self._system.name
         self.update()
-        desktop.register_browser()
+        desktop._register_browser()
         command = desktop.browser_command.read_text()
         desktop.browser_command.write_text(command.replace(
             ' "$@"', ' --user-agent="$$" --renderer-process-limit=4 "$@"'))

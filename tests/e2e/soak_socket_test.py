@@ -131,7 +131,7 @@ class Soak(AgentCase):
         self.assertEqual({len(profiles) for profiles in arrivals.values()}, {1})
         self.assertEqual(lines, 2 * len(self.account.links))
         self.assertEqual([text for text in self.account.others if " started (agent)" not in text], [])
-        self.assertLessEqual(end.written - early.written, 1024)
+        self.assertLessEqual(end.resident - early.resident, 1024)
         self.assertEqual((end.descriptors, end.threads), (early.descriptors, early.threads))
 
     # Trouble.
@@ -201,7 +201,7 @@ class Soak(AgentCase):
         self.check(self.doubled)
         self.figures("with trouble underneath", early, end, self.account.lines)
         self.assertNotIn("error", [link.outcome for link in self.account.links.values()])
-        self.assertLessEqual(end.written - early.written, 1024)
+        self.assertLessEqual(end.resident - early.resident, 1024)
         self.assertEqual((end.descriptors, end.threads), (early.descriptors, early.threads))
 
 

@@ -67,7 +67,7 @@ class Desktop:
         self.env = self._environment()
         self.processes = Processes(self.env)
         self._undo.callback(self.processes.end_all)
-        self.register_browser()
+        self._register_browser()
         self.server = WebServer()
         self._undo.callback(self.server.server_close)
         self._undo.callback(self.server.shutdown)
@@ -205,7 +205,7 @@ class Desktop:
     def user_data(self):
         return self.root / "config/chromium"
 
-    def register_browser(self):
+    def _register_browser(self):
         switches = ["--no-first-run", "--no-default-browser-check", "--password-store=basic",
                     "--disable-background-networking", "--disable-component-update", "--disable-sync",
                     "--disable-gpu", "--hide-crash-restore-bubble", "--no-pings", "--test-type",
