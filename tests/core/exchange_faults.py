@@ -85,8 +85,8 @@ def attempt(root, call, number, fault):
         return "handed over, though no answer came"
     if result.returncode == 1 and not result.stderr.strip():
         return "an error without a description"
-    if fault == INTERRUPTED and call in ("connect", "sendto", "read") and result.returncode != 0:
-        return f"given up: {result.stderr}"
+    if call in ("connect", "sendto", "read") and (result.returncode == 0) != (fault == INTERRUPTED):
+        return f"status {result.returncode}: {result.stderr}"
     if call != "close" and result.stdout != "0 descriptors left open\n":
         return result.stdout
     return None

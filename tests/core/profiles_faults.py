@@ -24,6 +24,8 @@ def attempt(path, call, number, fault):
         return None if result.stdout == whole else f"{result.stdout.count('|')} profiles and no error"
     if result.returncode != 1 or result.stdout or not result.stderr.strip():
         return f"status {result.returncode}: {result.stdout[:100]}{result.stderr[:500]}"
+    if not result.stderr.startswith(("open failed: ", "read failed: ")):
+        return f"the cause is not told: {result.stderr}"
     return "given up" if (call, fault) == ("read", INTERRUPTED) else None
 
 
