@@ -37,7 +37,8 @@ void TerminalDialogs::showLaunchFailure(const LaunchFailureAlert& alert) {
         reason.replace(reason.size() - alert.link.size(), alert.link.size(), link);
     }
     stream_ << alert.title << ": " << withoutControls(reason) << "\n"
-            << withoutControls(link) << std::endl;
+            << withoutControls(link) << "\n"
+            << std::flush;
 }
 
 }  // namespace ferrivane
