@@ -9,6 +9,7 @@ in the environment it meets them all.
 
 import os
 import re
+import signal
 import subprocess
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
@@ -33,7 +34,14 @@ class Probe:
 
     def run(self, *arguments, before=()):
         command = [*before, self.program, *map(str, arguments)]
-        return subprocess.run(command, env=self.environment, capture_output=True, text=True, timeout=LONG)
+        with subprocess.Popen(command, env=self.environment, text=True, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, start_new_session=True) as child:
+            try:
+                out, err = child.communicate(timeout=LONG)
+            except subprocess.TimeoutExpired:
+                os.killpg(child.pid, signal.SIGKILL)  # strace, and what it traces
+                raise AssertionError(f"still running after {LONG} s: {command}") from None
+        return subprocess.CompletedProcess(command, child.returncode, out, err)
 
     def run_with_fault(self, call, number, fault, *arguments):
         # The quicker way knows errors only.
