@@ -140,7 +140,7 @@ class OwnBrowser:
         desktop._register_browser()
         command = desktop.browser_command.read_text()
         desktop.browser_command.write_text(command.replace(
-            ' "$@"', ' --user-agent="$$" --renderer-process-limit=4 "$@"'))
+            ' "$@"', ' --user-agent="$$" --renderer-process-limit=4 --window-size=500,400 "$@"'))
 
     def update(self):
         """As an installation does it, whether the browser runs or not."""
