@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <string.h>
-
 #include "core/support/Text.h"
 #include "core/support/Url.h"
 
@@ -21,7 +19,7 @@ class Subject {
         if (pattern.empty()) return false;
         switch (rule.kind) {
             case Rule::Kind::url:
-                return contains(link(), folded(pattern));
+                return Text::contains(link(), folded(pattern));
             case Rule::Kind::host:
                 return matchesHost(pattern);
             case Rule::Kind::app:
@@ -31,11 +29,6 @@ class Subject {
     }
 
   private:
-    // Not std::string::find: on long links memmem is several times faster (bench/).
-    static bool contains(const std::string& text, const std::string& part) {
-        return ::memmem(text.data(), text.size(), part.data(), part.size()) != nullptr;
-    }
-
     // Most patterns are ASCII and share one buffer. A pattern beyond ASCII can match an ASCII link
     // all the same (the Kelvin sign folds to "k"), so none may be skipped.
     const std::string& folded(std::string_view pattern) {
@@ -75,7 +68,7 @@ class Subject {
         }
         const std::string& sought = folded(pattern);
         return app_->bundleId == sought || app_->name == sought ||
-               (app_->path && contains(*app_->path, sought));
+               (app_->path && Text::contains(*app_->path, sought));
     }
 
     const std::string_view url_;

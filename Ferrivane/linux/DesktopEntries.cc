@@ -257,6 +257,12 @@ DesktopEntries DesktopEntries::ofSession() {
     return DesktopEntries(std::move(folders));
 }
 
+DesktopEntries DesktopEntries::snapshot() const {
+    DesktopEntries copy(folders_);
+    copy.files_ = std::make_shared<std::optional<std::vector<File>>>();
+    return copy;
+}
+
 std::optional<DesktopEntry> DesktopEntries::find(std::string_view id) const {
     const std::string name = withSuffix(id);
     if (name.find('/') != std::string::npos) return std::nullopt;
@@ -272,10 +278,27 @@ std::optional<DesktopEntry> DesktopEntries::find(std::string_view id) const {
     return withoutProgram;
 }
 
+std::vector<DesktopEntries::File> DesktopEntries::readFolders() const {
+    std::vector<File> files;
+    constexpr auto kOptions = std::filesystem::directory_options::skip_permission_denied;
+    for (const std::filesystem::path& folder : folders_) {
+        std::error_code error;
+        for (std::filesystem::recursive_directory_iterator file(folder, kOptions, error), end;
+             !error && file != end; file.increment(error)) {
+            if (file->path().extension() != kSuffix) continue;
+            if (auto text = readFile(file->path())) {
+                files.push_back({folder, file->path(), std::move(*text)});
+            }
+        }
+    }
+    return files;
+}
+
 std::optional<DesktopEntry> DesktopEntries::findByProgram(
     const std::filesystem::path& program) const {
     const std::filesystem::path target = resolved(program);
     const std::string name = program.filename();
+    const std::string targetName = target.filename();
 
     // As a rule the id is the program's name, and one file tells.
     if (auto entry = find(name); entry && entry->isVisible) {
@@ -283,36 +306,33 @@ std::optional<DesktopEntry> DesktopEntries::findByProgram(
         if (started && resolved(*started) == target) return entry;
     }
 
+    std::optional<std::vector<File>> own;
+    std::optional<std::vector<File>>& files = files_ ? *files_ : own;
+    if (!files) files = readFolders();
+
     using Score = std::tuple<bool, bool, bool, std::ptrdiff_t>;
     std::optional<DesktopEntry> best;
     Score bestScore;
-    constexpr auto kOptions = std::filesystem::directory_options::skip_permission_denied;
-    for (const std::filesystem::path& folder : folders_) {
-        std::error_code error;
-        for (std::filesystem::recursive_directory_iterator file(folder, kOptions, error), end;
-             !error && file != end; file.increment(error)) {
-            if (file->path().extension() != kSuffix) continue;
-            // Most entries do not even mention the program, or what it is a link to.
-            const auto text = readFile(file->path());
-            if (!text || (text->find(name) == std::string::npos &&
-                          text->find(target.filename().string()) == std::string::npos)) {
-                continue;
-            }
-            auto entry = read(file->path(), idIn(folder, file->path()));
-            if (!entry || entry->isHidden) continue;
-            const auto started = entry->program();
-            if (!started) continue;
-            const bool isSame = resolved(*started) == target;
-            if (!isSame && started->filename() != name) continue;
-            // Of several with one id another one may count.
-            const auto counting = find(entry->id);
-            if (!counting || counting->file != entry->file) continue;
-            const Score score{isSame, entry->isVisible, entry->id == name,
-                              -static_cast<std::ptrdiff_t>(entry->exec.size())};
-            if (!best || score > bestScore) {
-                best = std::move(entry);
-                bestScore = score;
-            }
+    for (const File& file : *files) {
+        // Most entries do not even mention the program, or what it is a link to.
+        if (!Text::contains(file.text, name) &&
+            (name == targetName || !Text::contains(file.text, targetName))) {
+            continue;
+        }
+        auto entry = parse(file.text, file.path, idIn(file.folder, file.path));
+        if (!entry || entry->isHidden) continue;
+        const auto started = entry->program();
+        if (!started) continue;
+        const bool isSame = resolved(*started) == target;
+        if (!isSame && started->filename() != name) continue;
+        // Of several with one id another one may count.
+        const auto counting = find(entry->id);
+        if (!counting || counting->file != entry->file) continue;
+        const Score score{isSame, entry->isVisible, entry->id == name,
+                          -static_cast<std::ptrdiff_t>(entry->exec.size())};
+        if (!best || score > bestScore) {
+            best = std::move(entry);
+            bestScore = score;
         }
     }
     return best;
@@ -331,14 +351,19 @@ std::optional<std::string> DesktopEntries::idOf(const std::filesystem::path& fil
 std::optional<DesktopEntry> DesktopEntries::read(const std::filesystem::path& file,
                                                  std::string id) {
     const auto text = readFile(file);
-    if (!text) return std::nullopt;
+    return text ? parse(*text, file, std::move(id)) : std::nullopt;
+}
+
+std::optional<DesktopEntry> DesktopEntries::parse(std::string_view text,
+                                                  const std::filesystem::path& file,
+                                                  std::string id) {
     DesktopEntry entry{.id = std::move(id), .file = file, .name = {}, .exec = {}};
     const std::vector<std::string> locales = localeNames();
     std::size_t nameRank = locales.size() + 1;  // worse than a name without a locale
     bool inEntry = false;
     bool isApplication = false;
     bool noDisplay = false;
-    for (const std::string& raw : splitAt(*text, '\n')) {
+    for (const std::string& raw : splitAt(text, '\n')) {
         const std::string_view line = Text::trim(raw);
         if (line.starts_with('[')) {
             if (inEntry) break;

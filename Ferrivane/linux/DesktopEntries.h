@@ -7,7 +7,7 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +38,11 @@ class DesktopEntries {
     // Those of this session: $XDG_DATA_HOME and $XDG_DATA_DIRS or their defaults.
     static DesktopEntries ofSession();
 
+    // The same for several questions in a row, such as those of one link: findByProgram reads the
+    // folders at most once, and later changes may go unseen. Copies share what was read; use them
+    // on one thread.
+    DesktopEntries snapshot() const;
+
     // The entry with this id (with or without ".desktop"). Of several the most important one
     // counts, and if that is hidden there is none. One whose program is missing counts only where
     // there is no other.
@@ -55,7 +60,19 @@ class DesktopEntries {
     static std::optional<DesktopEntry> read(const std::filesystem::path& file, std::string id);
 
   private:
+    struct File {
+        std::filesystem::path folder;
+        std::filesystem::path path;
+        std::string text;
+    };
+
+    static std::optional<DesktopEntry> parse(std::string_view text,
+                                             const std::filesystem::path& file, std::string id);
+    std::vector<File> readFolders() const;
+
     std::vector<std::filesystem::path> folders_;
+    // Of a snapshot; empty until first needed.
+    std::shared_ptr<std::optional<std::vector<File>>> files_;
 };
 
 }  // namespace ferrivane

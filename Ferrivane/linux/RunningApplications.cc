@@ -68,7 +68,8 @@ std::vector<pid_t> fromUnits() {
 
 }  // namespace
 
-std::vector<Applications::Running> current(const DesktopEntries& entries) {
+std::vector<Applications::Running> current(const DesktopEntries& registry) {
+    const DesktopEntries entries = registry.snapshot();
     DesktopServices* const services = desktopServices();
     std::vector<pid_t> processes =
         services != nullptr ? services->windowProcesses() : std::vector<pid_t>();

@@ -222,7 +222,8 @@ Origin ownOrigin() {
             environment("DESKTOP_STARTUP_ID")};
 }
 
-std::optional<Opener> opener(const Origin& origin, const DesktopEntries& entries) {
+std::optional<Opener> opener(const Origin& origin, const DesktopEntries& registry) {
+    const DesktopEntries entries = registry.snapshot();
     const Found found = walk(origin.sender, entries);
     if (found.application) return found.application;
     if (auto fromUnit = fromControlGroup(origin.controlGroup, entries)) return fromUnit;

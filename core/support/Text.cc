@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include <string.h>
 #include <utf8proc.h>
 
 namespace ferrivane::Text {
@@ -137,6 +138,10 @@ std::string_view trim(std::string_view text) {
         text.remove_suffix(last.length);
     }
     return text;
+}
+
+bool contains(std::string_view text, std::string_view part) {
+    return ::memmem(text.data(), text.size(), part.data(), part.size()) != nullptr;
 }
 
 bool foldAscii(std::string_view text, std::string& folded) {

@@ -181,6 +181,17 @@ TEST_F(DesktopEntriesFind, AProgramBehindALink) {
     EXPECT_EQ(findByProgram(dir / "chat-stable"), "org.example.Chat Chat");
 }
 
+TEST_F(DesktopEntriesFind, OneSnapshotReadsTheEntriesOnce) {
+    writeEntry(shared / "org.example.Chat.desktop", "Chat", exec("chat"));
+    const DesktopEntries snapshot = entries.snapshot();
+    writeEntry(shared / "org.example.Mail.desktop", "Mail", exec("mail"));
+    EXPECT_EQ(snapshot.findByProgram(programs / "mail")->name, "Mail") << "read when first asked";
+    writeEntry(shared / "org.example.Notes.desktop", "Notes", exec("notes"));
+    EXPECT_EQ(snapshot.findByProgram(programs / "notes"), std::nullopt);
+    EXPECT_EQ(entries.snapshot().findByProgram(programs / "notes")->name, "Notes");
+    EXPECT_EQ(findByProgram(programs / "notes"), "org.example.Notes Notes");
+}
+
 TEST_F(DesktopEntriesFind, AProgramThatIsGone) {
     writeEntry(shared / "org.example.Chat.desktop", "Chat", exec("chat"));
     EXPECT_EQ(findByProgram(dir / "upgraded/away/chat"), "org.example.Chat Chat");
