@@ -1,5 +1,7 @@
 #include "Ferrivane/linux/LinuxPreferences.h"
 
+#include <cerrno>
+
 #include "Ferrivane/linux/DesktopServices.h"
 #include "core/port/Paths.h"
 #include "core/support/AtomicFile.h"
@@ -31,8 +33,11 @@ std::string LinuxPreferences::text(std::string_view key) const {
 
 void LinuxPreferences::setText(std::string_view key, const std::string& value) {
     if (DesktopServices* const services = desktopServices()) {
-        const std::string before = readFile(file()).value_or("");
-        (void)AtomicFile::write(file(), services->withPreference(before, std::string(key), value));
+        const auto before = readFile(file());
+        // What is there and cannot be read is not replaced.
+        if (!before && before.error().code != ENOENT) return;
+        (void)AtomicFile::write(
+            file(), services->withPreference(before.value_or(""), std::string(key), value));
     }
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "core/support/ReadFile.h"
 #include "tests/linux/Program.h"
 #include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
@@ -80,6 +81,15 @@ TEST_F(DesktopServicesTest, APipeInPlaceOfThePreferencesIsNotWaitedFor) {
     std::filesystem::create_directories(preferences.parent_path());
     ASSERT_EQ(::mkfifo(preferences.c_str(), 0600), 0);
     EXPECT_EQ(ask({"flag", "showMenuBarIcon"}), "not set\n");
+}
+
+TEST_F(DesktopServicesTest, PreferencesThatCannotBeReadAreNotReplaced) {
+    std::filesystem::create_directories(preferences.parent_path());
+    test::writeText(preferences, "[Preferences]\nother=true\n");
+    const auto tooLarge = kLargestReadableFile + 1;
+    std::filesystem::resize_file(preferences, tooLarge);
+    ask({"set-flag", "showMenuBarIcon"});
+    EXPECT_EQ(std::filesystem::file_size(preferences), tooLarge);
 }
 
 TEST_F(DesktopServicesTest, ADocumentOpensInThePersonsApplicationForIt) {
