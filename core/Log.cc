@@ -78,8 +78,9 @@ void Log::append(Time time, std::string_view level, std::string_view message) co
     const FileDescriptor folder(
         ::open(fileURL.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const bool isLocked = folder && lock(folder.get());
-    // Two that move it aside at the same time would lose a generation.
-    if (isLocked) rotateIfNeeded();
+    // Two that move it aside at the same time lose a generation, so whoever has no lock leaves it
+    // to those that have as long as there may be any.
+    rotateIfNeeded(isLocked ? maxBytes : 2 * maxBytes);
     // Not blocking: somebody may have put a pipe in the file's place.
     const FileDescriptor file(::open(
         fileURL.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
@@ -91,10 +92,10 @@ void Log::append(Time time, std::string_view level, std::string_view message) co
     }
 }
 
-void Log::rotateIfNeeded() const {
+void Log::rotateIfNeeded(std::uint64_t limit) const {
     struct stat info{};
     if (::stat(fileURL.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;
-    if (static_cast<std::uint64_t>(info.st_size) <= maxBytes) return;
+    if (static_cast<std::uint64_t>(info.st_size) <= limit) return;
     std::filesystem::path older = fileURL;
     older += ".1";
     (void)::rename(fileURL.c_str(), older.c_str());

@@ -3,7 +3,8 @@
 // Any thread may log at any time; callers only take the time stamp and enqueue. Nothing here ever
 // fails or reports: what cannot be written is lost and logging goes on with the next line. Several
 // processes may write to one file: lines are appended whole, and a lock on the folder covers the
-// check of the size, the move and the append. Without the lock nothing is moved.
+// check of the size, the move and the append. Where it cannot be locked, as in homes on some
+// network disks, the file is moved at twice the size.
 #pragma once
 
 #include <chrono>
@@ -43,7 +44,7 @@ class Log {
 
     void write(std::string_view level, std::string message);
     void append(Time time, std::string_view level, std::string_view message) const;
-    void rotateIfNeeded() const;
+    void rotateIfNeeded(std::uint64_t limit) const;
 
     static constexpr std::uint64_t maxBytes = std::uint64_t{2} * 1024 * 1024;
     SerialQueue queue;

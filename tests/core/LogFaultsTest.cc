@@ -1,4 +1,4 @@
-// What a full disk leaves of a line.
+// What a full disk leaves of a line, and what a disk without locks does.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -7,12 +7,15 @@
 #include "core/Log.h"
 #include "tests/core/LogLines.h"
 #include "tests/support/Child.h"
+#include "tests/support/Files.h"
+#include "tests/support/RefusedCalls.h"
 #include "tests/support/TempDir.h"
 
 namespace ferrivane {
 namespace {
 
 constexpr std::chrono::seconds kLong{60};
+constexpr std::uintmax_t kMegabyte = 1024 * 1024;
 
 // Only for children.
 void limitFiles(rlim_t bytes) {
@@ -43,6 +46,26 @@ TEST(LogFaults, ALineThatDoesNotFitLeavesNoPartOfIt) {
         lines.push_back(test::withoutStamp(line));
     }
     EXPECT_EQ(lines, (std::vector<std::string>{"[INFO] earlier", "[INFO] fits", "[INFO] later"}));
+}
+
+TEST(LogFaults, WithoutALockTheFileIsMovedOnlyAtTwiceTheSize) {
+    const struct {
+        std::uintmax_t size;
+        bool isMoved;
+    } rows[] = {{kMegabyte * 3, false}, {kMegabyte * 4 + 1, true}};
+    for (const auto& row : rows) {
+        const test::TempDir dir;
+        test::writeText(dir / "ferrivane.log", "earlier\n");
+        std::filesystem::resize_file(dir / "ferrivane.log", row.size);
+        EXPECT_EQ(test::inChild([&] {
+                      test::refuse(test::Call::lockFile, ENOLCK);
+                      Log log(dir.path());
+                      log.info("later");
+                      return log.flush(kLong) ? "ok" : "not written";
+                  }),
+                  "ok");
+        EXPECT_EQ(std::filesystem::exists(dir / "ferrivane.log.1"), row.isMoved) << row.size;
+    }
 }
 
 }  // namespace

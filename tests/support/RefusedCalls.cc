@@ -28,6 +28,8 @@ std::uint32_t numberOf(Call call) {
             return SYS_read;
         case Call::userId:
             return SYS_getuid;
+        case Call::lockFile:
+            return SYS_flock;
     }
     return 0;
 }

@@ -6,7 +6,7 @@
 
 namespace ferrivane::test {
 
-enum class Call { socket, setOption, connect, send, shutdown, read, userId };
+enum class Call { socket, setOption, connect, send, shutdown, read, userId, lockFile };
 
 // The system's number for it.
 std::uint32_t numberOf(Call call);
