@@ -40,7 +40,11 @@ class SessionBus:
             ["dbus-daemon", f"--config-file={self._config}", "--nofork"],
             env=self.processes.env | {"DBUS_SESSION_BUS_ADDRESS": self.address},
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(self.path.exists, 30, "a bus")
+        wait_until(self._listens, 30, "a bus")
+
+    def _listens(self):
+        with socket.socket(socket.AF_UNIX) as probe:
+            return probe.connect_ex(str(self.path)) == 0
 
     def stop(self, number=signal.SIGTERM):
         self.daemon.send_signal(number)
