@@ -22,9 +22,9 @@ build_targets() {
         cmake --build --preset "$preset" --parallel "$jobs" --target "$@"
 }
 
-# run_tests PRESET LABELS: those tests of a build, at least one.
+# run_tests PRESET LABELS [AT_A_TIME]: those tests of a build, at least one.
 run_tests() {
-    ctest --preset "$1" --label-regex "$2" --parallel "$jobs" --no-tests=error
+    ctest --preset "$1" --label-regex "$2" --parallel "${3:-$jobs}" --no-tests=error
 }
 
 part_lines=()
