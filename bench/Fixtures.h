@@ -1,30 +1,43 @@
-// What the measurements have in common.
+// What the links of the measurements meet on their road.
 #pragma once
 
+#include <cstddef>
+#include <filesystem>
 #include <string>
 
 #include "core/Config.h"
+#include "tests/support/TempDir.h"
 
 namespace ferrivane::bench {
 
-// Chrome's catalogue of one profile in a file of a megabyte.
-inline std::string localState() {
-    std::string text = R"({"profile":{"info_cache":{"Default":{"name":"Home"}}},"experiments":[0)";
-    for (int i = 0; text.size() < 1'000'000; ++i) {
-        text += R"(,{"name":"experiment-)" + std::to_string(i) + R"(","weight":0.25,"on":true})";
-    }
-    return text + "]}";
-}
+inline constexpr std::size_t kRules = 200;
+inline constexpr std::size_t kCatalogueBytes = 650'000;
+inline constexpr int kEntries = 150;
+inline const std::string kLink = "https://somewhere.example/a/path?and=a&query";
 
-// 200 rules, none of which fits.
-inline std::string rules() {
-    Config config;
-    for (int i = 0; i < 200; ++i) {
-        const std::string number = std::to_string(i);
-        config.rules.emplace_back(Rule::kAllKinds[static_cast<std::size_t>(i) % 3],
-                                  "client-" + number + ".example", "Client " + number);
-    }
-    return *config.encode();
-}
+// Chrome's catalogue of ten profiles in a file of about so many bytes.
+std::string localState(std::size_t bytes);
+
+// Rules of all kinds in turn, none of which fits.
+Config rules(std::size_t count);
+
+// Desktop entries of 0.3 to 10 kB, such as those of programs that are translated into few or many
+// languages.
+void writeEntries(const std::filesystem::path& folder, int count);
+
+// A home of its own with rules and desktop entries, in the environment for whatever is started from
+// now on, and without a display. The browser in it has yet to be started.
+class World {
+  public:
+    World();
+    std::filesystem::path operator/(const char* name) const { return folder_ / name; }
+
+    void install(const std::string& id, const std::filesystem::path& program) const;
+    // The browser's folder and what it knows of profiles.
+    static void useBrowser(const std::filesystem::path& userDataDirectory);
+
+  private:
+    test::TempDir folder_;
+};
 
 }  // namespace ferrivane::bench

@@ -1,13 +1,12 @@
 // A link by the session bus, from the call to its arrival in the browser, against the bare exchange
-// with the browser; after few links and after many; and what the idle agent costs. With 200 rules,
-// a catalogue of 1 MB, and a browser that answers at once.
+// with the browser, and what the idle agent costs beside a program that only waits for the bus;
+// after few links and after many. The browser answers at once.
 //
 //   agent_bench FERRIVANE
-#include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -22,15 +21,13 @@
 #include <unistd.h>
 
 #include "bench/Fixtures.h"
+#include "bench/Table.h"
 #include "core/ChromeSingleton.h"
 #include "tests/support/FakeChrome.h"
-#include "tests/support/Files.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
 using namespace ferrivane;
-using Clock = std::chrono::steady_clock;
 
 // A process that ends with this program.
 class Process {
@@ -61,13 +58,23 @@ class Process {
     pid_t pid_ = 0;
 };
 
-double millisecondsSince(Clock::time_point start) {
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+// From /proc; kilobytes or counts.
+double value(pid_t process, const std::string& file, const std::string& key) {
+    std::ifstream lines("/proc/" + std::to_string(process) + "/" + file);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(key)) return std::strtod(line.c_str() + key.size(), nullptr);
+    }
+    return -1;
 }
 
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
+double wakeUps(pid_t process) {
+    double sum = 0;
+    const std::string tasks = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+        sum += value(process, "task/" + task.path().filename().string() + "/status",
+                     "voluntary_ctxt_switches:");
+    }
+    return sum;
 }
 
 class Agent {
@@ -88,23 +95,7 @@ class Agent {
         return reply != nullptr;
     }
 
-    // From /proc; kilobytes or counts.
-    long value(const std::string& file, const std::string& key) const {
-        std::ifstream lines("/proc/" + std::to_string(process_.pid()) + "/" + file);
-        for (std::string line; std::getline(lines, line);) {
-            if (line.starts_with(key)) return std::strtol(line.c_str() + key.size(), nullptr, 10);
-        }
-        return -1;
-    }
-    long wakeUps() const {
-        long sum = 0;
-        const std::string tasks = "/proc/" + std::to_string(process_.pid()) + "/task";
-        for (const auto& task : std::filesystem::directory_iterator(tasks)) {
-            sum += value("task/" + task.path().filename().string() + "/status",
-                         "voluntary_ctxt_switches:");
-        }
-        return sum;
-    }
+    pid_t pid() const { return process_.pid(); }
 
   private:
     Process process_;
@@ -130,91 +121,106 @@ int peer() {
     return bus != nullptr ? 0 : 1;
 }
 
+// The measurements of one agent.
+class Course {
+  public:
+    Course(const char* self, const Agent& agent, test::FakeChrome& chrome)
+        : self_(self), agent_(agent), chrome_(chrome) {}
+
+    void links(int count) {
+        for (int i = 0; i < count; ++i) openOne();
+    }
+
+    // `how`: when, and sent by whom.
+    void compare(const std::string& how) {
+        bench::Values links;
+        bench::Values exchanges;
+        for (int i = 0; i < bench::runs(500); ++i) {
+            exchanges.push_back(bench::milliseconds([&] { bareExchange(); }));
+            links.push_back(bench::milliseconds([&] { openOne(); }));
+        }
+        bench::row("A link by the resident agent", how + ": from the call until the browser has it",
+                   "ms", links, "bare exchange with the browser", exchanges);
+    }
+
+    void idle(const std::string& when) const {
+        const std::string section = "The idle agent";
+        const auto kilobytes = [](pid_t process, const char* key) {
+            return bench::Values{value(process, "smaps_rollup", key)};
+        };
+        std::this_thread::sleep_for(std::chrono::seconds(3));
+        bench::row(section, when + ", alone: proportional memory", "kB",
+                   kilobytes(agent_.pid(), "Pss:"));
+        {
+            std::vector<std::unique_ptr<Process>> peers;
+            for (int i = 0; i < 4; ++i) {
+                peers.push_back(
+                    std::make_unique<Process>(std::vector<std::string>{self_, "--peer"}));
+            }
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            const std::string reference = "program that waits for the bus";
+            const pid_t peer = peers[0]->pid();
+            bench::row(section, when + ", beside four others: proportional memory", "kB",
+                       kilobytes(agent_.pid(), "Pss:"), reference, kilobytes(peer, "Pss:"));
+            bench::row(section, when + ", beside four others: its own memory", "kB",
+                       kilobytes(agent_.pid(), "Private_Dirty:"), reference,
+                       kilobytes(peer, "Private_Dirty:"));
+            const double before = wakeUps(agent_.pid());
+            const double ofPeer = wakeUps(peer);
+            const int seconds = bench::isQuick() ? 2 : 10;
+            std::this_thread::sleep_for(std::chrono::seconds(seconds));
+            bench::row(section, when + ": wake-ups in " + std::to_string(seconds) + " s", "",
+                       {wakeUps(agent_.pid()) - before}, reference, {wakeUps(peer) - ofPeer});
+        }
+    }
+
+  private:
+    void openOne() {
+        agent_.open(bench::kLink);
+        chrome_.waitForMessages(++arrived_);
+    }
+    void bareExchange() {
+        (void)ChromeSingleton::notify(
+            {"/usr/bin/browser", "--profile-directory=Default", bench::kLink}, chrome_.socketPath(),
+            5.0);
+        ++arrived_;
+    }
+
+    const char* self_;
+    const Agent& agent_;
+    test::FakeChrome& chrome_;
+    std::size_t arrived_ = 1;  // the agent was asked whether it is there
+};
+
 }  // namespace
 
 int main(int count, char** values) {
     if (count < 2) return 2;
     if (std::string(values[1]) == "--peer") return peer();
-    const test::TempDir folder;
-    const auto set = [](const char* name, const std::string& value) {
-        ::setenv(name, value.c_str(), 1);
-    };
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_DATA_DIRS",
-                             "XDG_RUNTIME_DIR", "HOME"}) {
-        set(name, folder.path() / name);
-        std::filesystem::create_directories(folder.path() / name);
-    }
-    ::unsetenv("DISPLAY");
-    ::unsetenv("WAYLAND_DISPLAY");
-    test::FakeChrome chrome(folder.path());
-    set("CHROME_USER_DATA_DIR", chrome.userDataDirectory());
-    std::ofstream(chrome.userDataDirectory() / "Local State") << bench::localState();
-    std::filesystem::create_directories(folder.path() / "XDG_CONFIG_HOME/ferrivane");
-    std::ofstream(folder.path() / "XDG_CONFIG_HOME/ferrivane/rules.json") << bench::rules();
-    std::filesystem::create_directories(folder.path() / "XDG_DATA_HOME/applications");
-    std::ofstream(folder.path() / "XDG_DATA_HOME/applications/chromium.desktop")
-        << "[Desktop Entry]\nType=Application\nName=Chromium\nExec=/bin/true\n";
+    const bench::World world;
+    test::FakeChrome chrome(world / "browser");
+    bench::World::useBrowser(chrome.userDataDirectory());
 
-    Process* bus = nullptr;
-    set("DBUS_SESSION_BUS_ADDRESS", startBus(bus));
+    Process* started = nullptr;
+    const std::string address = startBus(started);
+    const std::unique_ptr<Process> bus(started);
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
     GDBusConnection* const connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
     if (connection == nullptr) return 1;
     g_dbus_connection_set_exit_on_close(connection, FALSE);
-    {
-        const Agent agent(values[1], connection);
-        std::size_t arrived = 1;
-        chrome.waitForMessages(arrived);
-        const auto openOne = [&] {
-            const auto start = Clock::now();
-            agent.open("https://somewhere.example/a/path?and=a&query");
-            chrome.waitForMessages(++arrived);
-            return millisecondsSince(start);
-        };
-        const auto bareExchange = [&] {
-            const auto start = Clock::now();
-            (void)ChromeSingleton::notify({"/usr/bin/browser", "--profile-directory=Default",
-                                           "https://somewhere.example/a/path?and=a&query"},
-                                          chrome.socketPath(), 5.0);
-            ++arrived;
-            return millisecondsSince(start);
-        };
-        const auto compare = [&](const char* when) {
-            std::vector<double> agentTimes;
-            std::vector<double> bareTimes;
-            for (int i = 0; i < 200; ++i) {
-                bareTimes.push_back(bareExchange());
-                agentTimes.push_back(openOne());
-            }
-            std::printf("%-22s bare exchange %.3f ms, link by the bus %.3f ms: %.3f ms more\n",
-                        when, median(bareTimes), median(agentTimes),
-                        median(agentTimes) - median(bareTimes));
-        };
-        const auto showMemory = [&](const char* when) {
-            std::printf("%-22s PSS %ld kB, of that not shareable %ld kB\n", when,
-                        agent.value("smaps_rollup", "Pss:"),
-                        agent.value("smaps_rollup", "Private_Dirty:"));
-        };
-        std::this_thread::sleep_for(std::chrono::seconds(3));
-        showMemory("idle, alone");
-        {
-            std::vector<std::unique_ptr<Process>> peers;
-            for (int i = 0; i < 4; ++i) {
-                peers.push_back(
-                    std::make_unique<Process>(std::vector<std::string>{values[0], "--peer"}));
-            }
-            std::this_thread::sleep_for(std::chrono::seconds(1));
-            showMemory("idle, beside four more");
-        }
-        const long before = agent.wakeUps();
-        std::this_thread::sleep_for(std::chrono::seconds(5));
-        std::printf("                       %ld wake-ups in 5 s\n", agent.wakeUps() - before);
-        for (int i = 0; i < 10; ++i) openOne();
-        compare("after 10 links");
-        for (int i = 0; i < 10'000; ++i) openOne();
-        compare("after 10,000 links");
-        std::this_thread::sleep_for(std::chrono::seconds(3));
-        showMemory("idle again, alone");
-    }
-    delete bus;
+
+    const Agent agent(values[1], connection);
+    chrome.waitForMessages(1);
+    Course course(values[0], agent, chrome);
+    const std::string stranger = ", sent by a program that no entry knows";
+    course.links(10);
+    course.idle("after 10 links");
+    course.compare("after 10 links" + stranger);
+    course.links(bench::isQuick() ? 1'000 : 10'000);
+    const std::string when = bench::isQuick() ? "after 1,000 links" : "after 10,000 links";
+    course.compare(when + stranger);
+    course.idle(when);
+    world.install("agent_bench", std::filesystem::read_symlink("/proc/self/exe"));
+    course.compare(when + ", sent by a program with an entry of its own name");
     return 0;
 }

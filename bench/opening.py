@@ -8,7 +8,6 @@ then, after the window was closed, by one that has.
 """
 
 import os
-import statistics
 import subprocess
 import sys
 import time
@@ -17,8 +16,9 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "tests" / "support"))
 from desktop import Desktop, program, wait_until  # noqa: E402
+from table import row, runs  # noqa: E402
 
-RUNS = 10
+RUNS = runs(12)
 
 
 class Opening:
@@ -76,18 +76,17 @@ class Opening:
         self.program = self.desktop.install()
         self.desktop.write_profiles()
         self.desktop.write_rules(*[("host", f"host{i}.example", "Work") for i in range(200)])
-        times = {"a minimal program with a window": [], "the agent, for the first time": [],
-                 "the agent, once more": []}
+        times = {"a minimal program with a window": [],
+                 "by an agent that has shown nothing yet": [],
+                 "by the same agent, once more": []}
         for _ in range(RUNS):
             rounds = [self.minimal(), *self.by_agent()]
             for values, taken in zip(times.values(), rounds):
                 values.append(taken * 1000)
-        base = statistics.median(next(iter(times.values())))
-        print(f"The settings, from the wish to the painted window, {RUNS} runs each")
-        for name, values in times.items():
-            median = statistics.median(values)
-            print(f"  {name:36} median {median:7.1f} ms  {median / base:5.2f} times the minimal program")
-            print("    " + " ".join(f"{value:.0f}" for value in values))
+        (reference, base), *others = times.items()
+        for what, values in others:
+            row("The settings, from the wish to the painted window", f"200 rules, {what}", "ms", values,
+                reference, base)
 
 
 def main():

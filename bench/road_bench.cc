@@ -1,18 +1,19 @@
-// What one link costs inside a process, step by step: the first link of a process, and the median
-// of the following ones, with 200 rules and a catalogue of 1 MB, against a browser that answers at
-// once.
-#include <algorithm>
-#include <chrono>
+// What one link costs inside a process, step by step, with a browser that answers at once: the
+// first link of a process and those that follow, against the bare exchange.
+//
+//   road_bench
+//   road_bench --first    the first link only; a line with milliseconds for each step
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Ferrivane/linux/ChromeLocation.h"
 #include "Ferrivane/linux/DesktopEntries.h"
 #include "Ferrivane/linux/Senders.h"
 #include "bench/Fixtures.h"
+#include "bench/Table.h"
 #include "core/ChromeProfiles.h"
 #include "core/ChromeSingleton.h"
 #include "core/Config.h"
@@ -24,79 +25,96 @@
 namespace {
 
 using namespace ferrivane;
-using Clock = std::chrono::steady_clock;
+
+constexpr const char* kSection = "The steps of a link inside a process";
 
 struct Steps {
-    std::vector<std::pair<const char*, double>> milliseconds;
+    std::vector<std::pair<std::string, double>> taken;
 
     template<typename Work>
     auto time(const char* name, Work work) {
-        const auto start = Clock::now();
+        const auto start = bench::Clock::now();
         auto result = work();
-        milliseconds.emplace_back(
-            name, std::chrono::duration<double, std::milli>(Clock::now() - start).count());
+        taken.emplace_back(name, bench::millisecondsSince(start));
         return result;
     }
 };
 
-Steps oneLink(const std::filesystem::path& rulesFile, const std::filesystem::path& catalogue,
-              const std::string& socket) {
+std::string environmentOf(const char* name) {
+    const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
+    return value != nullptr ? value : "";
+}
+
+Steps oneLink(const std::string& socket) {
+    const std::filesystem::path userData = environmentOf("CHROME_USER_DATA_DIR");
     Steps steps;
-    const auto entries = steps.time("registry", [] {
+    const auto entries = steps.time("find the browser", [] {
         auto session = DesktopEntries::ofSession();
-        (void)ChromeLocator::locate(session, Paths::home(), [](const char* name) {
-            const char* value = std::getenv(name);
-            return std::string(value != nullptr ? value : "");
-        });
+        (void)ChromeLocator::locate(session, Paths::home(), environmentOf);
         return session;
     });
-    const auto opener =
-        steps.time("opener", [&] { return Senders::opener(Senders::ownOrigin(), entries); });
-    const auto config = steps.time("rules", [&] { return Config::load(rulesFile); });
-    const std::string link = "https://somewhere.example/a/path?and=a&query";
-    steps.time("decision", [&] { return Matcher::decide(link, opener, *config); });
-    steps.time("catalogue", [&] { return ChromeProfiles::load(catalogue); });
+    const auto opener = steps.time("find the sender",
+                                   [&] { return Senders::opener(Senders::ownOrigin(), entries); });
+    const auto config =
+        steps.time("read the rules", [] { return Config::load(Config::fileURL()); });
+    if (!config) std::exit(1);  // NOLINT(concurrency-mt-unsafe)
+    steps.time("decide", [&] { return Matcher::decide(bench::kLink, opener, *config); });
+    steps.time("read the catalogue",
+               [&] { return ChromeProfiles::load(userData / "Local State"); });
     steps.time("exchange", [&] {
-        return ChromeSingleton::notify({"/usr/bin/browser", "--profile-directory=Default", link},
-                                       socket, 5.0);
+        return ChromeSingleton::notify(
+            {"/usr/bin/browser", "--profile-directory=Default", bench::kLink}, socket, 5.0);
     });
     return steps;
 }
 
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
+// One link in a new process with the same surroundings.
+void addFirst(const char* self, const std::string& socket, std::vector<Steps>& links) {
+    const std::string command = "'" + std::string(self) + "' --first '" + socket + "'";
+    FILE* const output = ::popen(command.c_str(), "r");  // NOLINT(concurrency-mt-unsafe)
+    Steps steps = links.front();
+    for (auto& [name, value] : steps.taken) {
+        if (output == nullptr || std::fscanf(output, "%lf", &value) != 1) {
+            std::fprintf(stderr, "cannot run %s\n", command.c_str());
+            std::exit(1);  // NOLINT(concurrency-mt-unsafe)
+        }
+    }
+    ::pclose(output);
+    links.push_back(std::move(steps));
+}
+
+bench::Values step(const std::vector<Steps>& links, std::size_t number) {
+    bench::Values values;
+    for (std::size_t i = 1; i < links.size(); ++i) values.push_back(links[i].taken[number].second);
+    return values;
 }
 
 }  // namespace
 
-int main() {
-    const test::TempDir folder;
-    const auto rulesFile = folder.path() / "rules.json";
-    const auto catalogue = folder.path() / "Local State";
-    std::ofstream(rulesFile) << bench::rules();
-    std::ofstream(catalogue) << bench::localState();
-    test::FakeChrome chrome(folder.path());
-
-    constexpr int kLinks = 101;
-    std::vector<Steps> links;
-    for (int i = 0; i < kLinks; ++i) {
-        links.push_back(oneLink(rulesFile, catalogue, chrome.socketPath()));
+int main(int count, char** values) {
+    if (count == 3 && std::string(values[1]) == "--first") {
+        for (const auto& [name, value] : oneLink(values[2]).taken) std::printf("%f ", value);
+        return 0;
     }
-    std::printf("%-12s %10s %10s   ms\n", "step", "first", "later");
-    double firstTotal = 0;
-    double laterTotal = 0;
-    for (std::size_t step = 0; step < links[0].milliseconds.size(); ++step) {
-        std::vector<double> later;
-        for (std::size_t i = 1; i < links.size(); ++i) {
-            later.push_back(links[i].milliseconds[step].second);
+    const bench::World world;
+    test::FakeChrome chrome(world / "browser");
+    bench::World::useBrowser(chrome.userDataDirectory());
+    std::vector<Steps> later{oneLink(chrome.socketPath())};
+    std::vector<Steps> first{later};
+    for (int i = 0; i < bench::runs(100); ++i) {
+        addFirst(values[0], chrome.socketPath(), first);
+        later.push_back(oneLink(chrome.socketPath()));
+    }
+    const std::size_t steps = later[0].taken.size();
+    for (const auto& [links, when] :
+         {std::pair(first, ", the first time"), std::pair(later, ", once more")}) {
+        const auto exchange = step(links, steps - 1);
+        for (std::size_t i = 0; i < steps; ++i) {
+            const bool isReference = i == steps - 1;
+            bench::row(kSection, links[0].taken[i].first + when, "ms", step(links, i),
+                       isReference ? "" : "the exchange there",
+                       isReference ? bench::Values() : exchange);
         }
-        const auto [name, first] = links[0].milliseconds[step];
-        std::printf("%-12s %10.3f %10.3f\n", name, first, median(later));
-        if (std::string_view(name) == "exchange") continue;
-        firstTotal += first;
-        laterTotal += median(later);
     }
-    std::printf("%-12s %10.3f %10.3f\n", "all but the", firstTotal, laterTotal);
-    std::printf("exchange\n");
+    return 0;
 }

@@ -4,18 +4,13 @@
 #include <QImage>
 #include <QPushButton>
 #include <QScrollBar>
-#include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstdio>
-#include <fstream>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "Ferrivane/MainMenu.h"
 #include "Ferrivane/linux/ui/Controls.h"
 #include "Ferrivane/linux/ui/SettingsMainWindow.h"
+#include "bench/Table.h"
 #include "tests/support/FakePlatform.h"
 #include "tests/support/TempDir.h"
 
@@ -23,25 +18,17 @@ namespace {
 
 using namespace ferrivane;
 
-// Milliseconds.
-double median(int runs, const std::function<void()>& work) {
-    std::vector<double> times;
-    for (int i = 0; i < runs; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        const std::chrono::duration<double, std::milli> taken =
-            std::chrono::steady_clock::now() - start;
-        times.push_back(taken.count());
-    }
-    std::ranges::sort(times);
-    return times[times.size() / 2];
+bench::Values times(int runs, const std::function<void()>& work) {
+    bench::Values values;
+    for (int i = 0; i < bench::runs(runs); ++i) values.push_back(bench::milliseconds(work));
+    return values;
 }
 
 struct Figures {
-    double opening = 0;
-    double scrolling = 0;
-    double page = 0;
-    double keystroke = 0;
+    bench::Values opening;
+    bench::Values scrolling;
+    bench::Values page;
+    bench::Values keystroke;
 };
 
 Figures measure(std::size_t rules) {
@@ -59,7 +46,7 @@ Figures measure(std::size_t rules) {
     SettingsView view(fake.platform(), store, menuBar);
 
     Figures figures;
-    figures.opening = median(7, [&] {
+    figures.opening = times(15, [&] {
         store.reload();
         SettingsMainWindow window(
             view, {.menus = MainMenu::menus(), .perform = {}, .frame = {}, .frameChanged = {}});
@@ -80,11 +67,11 @@ Figures measure(std::size_t rules) {
         bar->setValue(bar->value() + by > bar->maximum() ? 0 : bar->value() + by);
         list->render(&picture);
     };
-    figures.scrolling = median(200, [&] { scroll(bar->singleStep()); });
-    figures.page = median(200, [&] { scroll(bar->pageStep()); });
+    figures.scrolling = times(200, [&] { scroll(bar->singleStep()); });
+    figures.page = times(200, [&] { scroll(bar->pageStep()); });
     const Uuid rule = store.config().rules[0].id;
     std::string text;
-    figures.keystroke = median(30, [&] {
+    figures.keystroke = times(30, [&] {
         view.setMatch(rule, text += 'x');
         QApplication::processEvents();
     });
@@ -100,15 +87,14 @@ int main(int count, char** values) {
     (void)measure(10);  // fonts and plugins are loaded
     const Figures few = measure(10);
     const Figures many = measure(1000);
-    const std::array<std::tuple<const char*, double, double>, 4> lines{{
-        {"rules read, window made and drawn", few.opening, many.opening},
-        {"scrolled by a step and drawn", few.scrolling, many.scrolling},
-        {"scrolled by a page and drawn", few.page, many.page},
-        {"a keystroke, saved and drawn", few.keystroke, many.keystroke},
-    }};
-    for (const auto& [what, ten, thousand] : lines) {
-        std::printf("  %-36s 10 rules %7.2f ms, 1,000 rules %7.2f ms: %5.2f times\n", what, ten,
-                    thousand, thousand / ten);
-    }
+    const auto row = [](const std::string& what, const bench::Values& ten,
+                        const bench::Values& thousand) {
+        bench::row("The settings, drawn into memory", "1,000 rules: " + what, "ms", thousand,
+                   "10 rules", ten);
+    };
+    row("rules read, window made and drawn", few.opening, many.opening);
+    row("scrolled by a step and drawn", few.scrolling, many.scrolling);
+    row("scrolled by a page and drawn", few.page, many.page);
+    row("a keystroke, saved and drawn", few.keystroke, many.keystroke);
     return 0;
 }

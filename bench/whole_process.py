@@ -1,24 +1,27 @@
 #!/usr/bin/env python3
-"""Whole processes against their references, alternating in one run.
+"""Whole processes against their references, in turns.
+
+    whole_process.py BUILD_FOLDER commands|links
 
 The commands against a program that prints one line. A link handed to a running Chromium against
-Chromium's own second instance with the same link, from three senders: this script, an application
-whose desktop entry is named like its program, and a program that no entry knows, so that every entry
-is looked at. A sender takes time of its own to start Ferrivane; that is measured too and taken off.
+Chromium's own second instance with the same link, from three senders: this script, a program with a
+desktop entry of another name, and a program that no entry knows. A sender takes time of its own to
+start Ferrivane; that is measured too and taken off.
 """
 
 import os
 import shlex
 import shutil
 import statistics
+import subprocess
 import sys
 import time
 from pathlib import Path
 
+sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "tests" / "support"))
 from desktop import Desktop, HOME, WORK  # noqa: E402
-
-RUNS = 30
+from table import row, runs  # noqa: E402
 
 
 def milliseconds(command, env):
@@ -32,34 +35,32 @@ def milliseconds(command, env):
     return elapsed
 
 
-def alternate(commands, env, pause):
+def alternate(commands, env, rounds, pause):
     """Command by command, round by round; the first round only warms up."""
     times = {name: [] for name in commands}
-    for run in range(RUNS + 1):
+    for number in range(rounds + 1):
         for name, command in commands.items():
             elapsed = milliseconds(command, env)
-            if run:
+            if number:
                 times[name].append(elapsed)
             time.sleep(pause)
     return times
 
 
-def show(name, values, remark):
-    print(f"  {name:36} median {statistics.median(values):7.2f} ms  {remark}")
-    print("    " + " ".join(f"{value:.1f}" for value in values))
-
-
 def commands(desktop, build):
-    print(f"Commands against a minimal program, {RUNS} runs each")
-    reference = "a program that prints one line"
+    desktop.start_bus()
+    program = desktop.install()
+    reference = "program that prints one line"
     times = alternate({
         reference: [build / "bench/minimal"],
-        "Ferrivane --help": [desktop.ferrivane, "--help"],
-        "Ferrivane --test": [desktop.ferrivane, "--test", "https://work.example/"],
-    }, desktop.env, 0.01)
-    base = statistics.median(times[reference])
+        "--help": [program, "--help"],
+        "--test https://work.example/": [program, "--test", "https://work.example/"],
+        "--status": [program, "--status"],
+        "--set-default": [program, "--set-default"],
+    }, desktop.env, runs(50), 0.01)
+    base = times.pop(reference)
     for name, values in times.items():
-        show(name, values, f"{statistics.median(values) / base:.2f} times as long")
+        row("The commands", f"Ferrivane {name}", "ms", values, reference, base)
 
 
 def links(desktop):
@@ -68,32 +69,31 @@ def links(desktop):
     known = desktop.add_application("Chat")
     unknown = shutil.copy(desktop.sender, desktop.root / "apps/stranger")
     switches = shlex.split(desktop.browser_command.read_text().splitlines()[1])[1:-1]
-    print(f"\nA link to a running Chromium, {RUNS} runs each")
     relay, alone = "Chromium's own second instance", "a sender that opens no link"
     times = alternate({
         relay: [*switches, f"--profile-directory={HOME.directory}", link],
-        "Ferrivane, sent by this script": [desktop.ferrivane, link],
         alone: [known, "/bin/true"],
-        "Ferrivane, sent by a known program": [known, desktop.ferrivane, link],
-        "Ferrivane, by an unknown program": [unknown, desktop.ferrivane, link],
-    }, desktop.env, 0.7)  # until Chromium has finished with the tab
-    base = statistics.median(times[relay])
-    true = statistics.median([milliseconds(["/bin/true"], desktop.env) for _ in range(RUNS)])
-    sender = statistics.median(times[alone]) - true
+        "by this script": [desktop.ferrivane, link],
+        "by a program with an entry of another name": [known, desktop.ferrivane, link],
+        "by a program that no entry knows": [unknown, desktop.ferrivane, link],
+    }, desktop.env, runs(20), 0.5)  # until Chromium has finished with the tab
+    base, senders = times.pop(relay), times.pop(alone)
+    true = [milliseconds(["/bin/true"], desktop.env) for _ in range(20)]
+    sender = statistics.median(senders) - statistics.median(true)
     for name, values in times.items():
-        through = "program" in name
-        taken = statistics.median(values) - (sender if through else 0)
-        remark = f"{base / taken:.1f} times as fast" if name.startswith("Ferrivane") else ""
-        show(name, values, remark + (f" (without the sender's {sender:.2f} ms)" if through else ""))
+        if "program" in name:
+            values = [value - sender for value in values]
+        row("A link to a running Chromium", f"sent {name}, until the command has ended", "ms", values, relay, base)
 
 
 def main():
-    build = Path(sys.argv[1]).resolve()
+    build, part = Path(sys.argv[1]).resolve(), sys.argv[2]
     with Desktop(build / "Ferrivane", build / "tests/support/sender") as desktop:
-        desktop.write_rules(("host", "work.example", WORK.name))
+        subprocess.run([build / "bench/entries", desktop.root / "system/applications"], check=True)
+        rules = [("host", f"client-{number}.example", WORK.name) for number in range(199)]
+        desktop.write_rules(*rules, ("host", "work.example", WORK.name))
         desktop.write_profiles()
-        commands(desktop, build)
-        links(desktop)
+        commands(desktop, build) if part == "commands" else links(desktop)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,105 @@
+#include "bench/Fixtures.h"
+
+#include <array>
+#include <fstream>
+#include <string_view>
+
+#include <stdlib.h>
+
+namespace ferrivane::bench {
+namespace {
+
+constexpr std::array<std::string_view, 46> kLanguages{
+    "ar", "bg", "ca", "cs", "da", "de", "el",    "en_GB", "eo",    "es",       "et", "eu",
+    "fi", "fr", "gl", "he", "hr", "hu", "id",    "is",    "it",    "ja",       "ko", "lt",
+    "lv", "nb", "nl", "nn", "pl", "pt", "ro",    "ru",    "sk",    "sl",       "sr", "sv",
+    "ta", "th", "tr", "uk", "vi", "wa", "zh_CN", "zh_TW", "pt_BR", "sr@latin",
+};
+
+void set(const char* name, const std::string& value) {
+    ::setenv(name, value.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
+}
+
+}  // namespace
+
+std::string localState(std::size_t bytes) {
+    std::string text = R"({"profile":{"info_cache":{"Default":{"name":"Home"})";
+    for (int i = 1; i < 10; ++i) {
+        text += R"(,"Profile )" + std::to_string(i) +
+                R"(":{"name":"Client","user_name":"a@b.example"})";
+    }
+    text += R"(}},"experiments":[0)";
+    for (int i = 0; text.size() < bytes; ++i) {
+        text += R"(,{"name":"experiment-)" + std::to_string(i) + R"(","weight":0.25,"on":true})";
+    }
+    return text + "]}";
+}
+
+Config rules(std::size_t count) {
+    Config config;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        config.rules.emplace_back(Rule::kAllKinds[i % Rule::kAllKinds.size()],
+                                  "client-" + number + ".example", "Client " + number);
+    }
+    return config;
+}
+
+void writeEntries(const std::filesystem::path& folder, int count) {
+    std::filesystem::create_directories(folder);
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kTexts{{
+        {"Name", "Example"},
+        {"GenericName", "Editor of one kind of document"},
+        {"Comment", "Opens, changes and prints documents of one kind, and shows what is in others"},
+    }};
+    for (int i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        const std::string program = "program-" + number;
+        std::ofstream file(folder / ("org.example.Program" + number + ".desktop"));
+        file << "[Desktop Entry]\nType=Application\nVersion=1.0\n";
+        const auto languages = static_cast<std::size_t>(i) * 7 % (kLanguages.size() + 1);
+        for (const auto& [key, text] : kTexts) {
+            file << key << '=' << text << ' ' << number << '\n';
+            for (std::size_t language = 0; language < languages; ++language) {
+                file << key << '[' << kLanguages[language] << "]=" << text << " – größer, "
+                     << number << '\n';
+            }
+        }
+        file << "Exec=/usr/bin/" << program << " --open %U\nIcon=" << program
+             << "\nTerminal=false\nCategories=Office;\nMimeType=text/plain;application/x-kind-"
+             << number << ";\n";
+        if (i % 4 == 0) {
+            file << "Actions=new;\n\n[Desktop Action new]\nName=New\nExec=/usr/bin/" << program
+                 << " --new\n";
+        }
+    }
+}
+
+World::World() {
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME",
+                             "XDG_DATA_DIRS", "XDG_CONFIG_DIRS", "XDG_RUNTIME_DIR"}) {
+        std::filesystem::create_directories(folder_ / name);
+        set(name, folder_ / name);
+    }
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "DESKTOP_STARTUP_ID"}) {
+        ::unsetenv(name);  // NOLINT(concurrency-mt-unsafe)
+    }
+    set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "no-bus").string());
+    (void)rules(kRules).save(folder_ / "XDG_CONFIG_HOME/ferrivane/rules.json");
+    writeEntries(folder_ / "XDG_DATA_DIRS/applications", kEntries);
+    install("chromium", "/bin/true");
+}
+
+void World::install(const std::string& id, const std::filesystem::path& program) const {
+    const auto folder = folder_ / "XDG_DATA_HOME/applications";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / (id + ".desktop")) << "[Desktop Entry]\nType=Application\nName=" << id
+                                              << "\nExec=" << program.string() << " %U\n";
+}
+
+void World::useBrowser(const std::filesystem::path& userDataDirectory) {
+    set("CHROME_USER_DATA_DIR", userDataDirectory);
+    std::ofstream(userDataDirectory / "Local State") << localState(kCatalogueBytes);
+}
+
+}  // namespace ferrivane::bench
