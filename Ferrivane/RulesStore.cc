@@ -110,19 +110,24 @@ std::expected<void, FileError> RulesStore::keepTextOfOthers() {
     if (isMissing || (text && (*text == knownText_ || *text == keptText_))) return {};
     const std::filesystem::path copy = rulesFile_.string() + ".bak";
     std::error_code error;
-    if (std::filesystem::symlink_status(copy, error).type() !=
-        std::filesystem::file_type::not_found) {
-        std::filesystem::path older;
-        for (int number = 1;; ++number) {
-            older = copy.string() + "." + std::to_string(number);
-            if (std::filesystem::symlink_status(older, error).type() ==
-                std::filesystem::file_type::not_found) {
-                break;
-            }
-        }
+    const auto kindOf = [&](const std::filesystem::path& path) {
+        return std::filesystem::symlink_status(path, error).type();
+    };
+    using enum std::filesystem::file_type;
+    std::filesystem::path older = copy;
+    auto kind = kindOf(older);
+    for (int number = 1; kind != not_found && kind != none; ++number) {
+        older = copy.string() + "." + std::to_string(number);
+        kind = kindOf(older);
+    }
+    // Where one name may not be looked at, none may.
+    const auto refused = [&] {
+        return std::unexpected(FileError{FileError::Operation::replace, copy, error.value()});
+    };
+    if (kind == none) return refused();
+    if (older != copy) {
         std::filesystem::rename(copy, older, error);
-        if (error)
-            return std::unexpected(FileError{FileError::Operation::replace, copy, error.value()});
+        if (error) return refused();
     }
     if (text) {
         if (auto written = AtomicFile::write(copy, *text); !written) return written;
@@ -132,8 +137,7 @@ std::expected<void, FileError> RulesStore::keepTextOfOthers() {
         auto unreadable = std::filesystem::canonical(rulesFile_, error);
         if (error) unreadable = rulesFile_;
         std::filesystem::rename(unreadable, copy, error);
-        if (error)
-            return std::unexpected(FileError{FileError::Operation::replace, copy, error.value()});
+        if (error) return refused();
     }
     log_.warn("rules.json was changed elsewhere; what it said is kept in " + copy.string());
     return {};
