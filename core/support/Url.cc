@@ -166,7 +166,7 @@ std::optional<Url> parseGeneric(std::string_view text) {
 
 std::optional<std::string_view> Url::schemeOf(std::string_view text) {
     const std::size_t colon = text.find(':');
-    if (colon == std::string_view::npos || colon == 0 || !isAlpha(text[0])) return std::nullopt;
+    if (colon == std::string_view::npos || !isAlpha(text[0])) return std::nullopt;
     const std::string_view scheme = text.substr(0, colon);
     const bool isValid = std::ranges::all_of(
         scheme, [](char c) { return isAlpha(c) || isDigit(c) || isOneOf(c, "+-."); });

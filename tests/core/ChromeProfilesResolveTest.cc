@@ -48,6 +48,12 @@ TEST(ChromeProfilesResolve, ByDirectoryThenNameThenAccount) {
     EXPECT_EQ(ChromeProfiles::resolve("Default", {}), std::nullopt);
 }
 
+TEST(ChromeProfilesResolve, NothingIsNoProfileEvenWhereOneIsCalledNothing) {
+    const std::vector<ChromeProfile> profiles{{"", "", "", {}}};
+    EXPECT_EQ(ChromeProfiles::resolve("", profiles), std::nullopt);
+    EXPECT_EQ(ChromeProfiles::resolve(" ", profiles), std::nullopt);
+}
+
 TEST(ChromeProfilesResolve, DefaultIsFoundByNameOnlyWhenSomebodyIsCalledThat) {
     const std::vector<ChromeProfile> plain{{"Default", "Person 1", "a@b.c", {}}};
     EXPECT_EQ(ChromeProfiles::resolve("default", plain), std::nullopt);

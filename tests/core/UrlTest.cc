@@ -47,6 +47,8 @@ TEST(UrlWeb, TheAuthorityIsWhereTheBrowserSeesIt) {
         {"two dots", "https://a..b/", "https a..b"},
         {"underscore and hyphens", "https://_a-.-b/", "https _a-.-b"},
         {"sub-delimiters", "https://a!$&'()*+,;=b/", "https a!$&'()*+,;=b"},
+        {"sub-delimiters at the ends", "https://!a!", "https !a!"},
+        {"address of one character", "http://[:]/", "http [:]"},
         {"letters beyond ASCII as they are", "https://BÜCHER.example/", "https BÜCHER.example"},
         {"fullwidth letters as they are", "https://ａ.b/", "https ａ.b"},
         {"invalid UTF-8 as it is", "https://a\xFF.b/", "https a\xFF.b"},
@@ -96,6 +98,7 @@ TEST(UrlWeb, AHostThatNoHostCanHaveIsNone) {
         {"empty brackets", "https://[]/", "https -"},
         {"IP address of a version to come", "https://[v1.a]/", "https -"},
         {"letters in brackets", "https://[a.zz]/", "https -"},
+        {"letter before the closing bracket", "https://[::g]/", "https -"},
         {"IPv6 without brackets", "https://::1/", "https -"},
         {"two colons", "https://a.b:80:80/", "https -"},
         {"port out of range", "https://a.b:65536/", "https -"},
@@ -135,6 +138,8 @@ TEST(UrlGeneric, EveryOtherTextIsReadAsItStands) {
         {"empty user", "ftp://@h", "ftp h"},
         {"encoded @ in the user", "ftp://u%40v@h", "ftp h"},
         {"IP address of a version to come", "ftp://[v1F.a:b!]:21/", "ftp [v1F.a:b!]"},
+        {"the shortest of these", "ftp://[V1.x]", "ftp [V1.x]"},
+        {"dots in such an address", "ftp://[v1.a.x.]", "ftp [v1.a.x.]"},
     });
 }
 
@@ -155,6 +160,7 @@ TEST(UrlGeneric, WhatIsNotAUrl) {
         {"leading blank", " mailto:a", "no URL"},
         {"no scheme before the colon", ":a", "no URL"},
         {"scheme that begins with a digit", "1a:b", "no URL"},
+        {"such a scheme, and a colon in the path", "1a:b/c:d", "no URL"},
         {"port with letters", "ftp://a.b:x/", "no URL"},
         {"IPv6 without brackets", "ftp://::1/", "no URL"},
         {"brackets in a name", "ftp://a[b]/", "no URL"},
@@ -166,6 +172,8 @@ TEST(UrlGeneric, WhatIsNotAUrl) {
         {"brackets in the fragment", "ftp://a.b/#[c]", "no URL"},
         {"second number sign", "ftp://a.b/#c#d", "no URL"},
         {"version without a number", "ftp://[v.a]/", "no URL"},
+        {"version that is no number", "ftp://[v1g.a]/", "no URL"},
+        {"another letter for the version", "ftp://[w1.a]/", "no URL"},
         {"version without an address", "ftp://[v1.]/", "no URL"},
         {"version alone", "ftp://[v1]/", "no URL"},
         {"percent-encoding in such an address", "ftp://[v1.%41]/", "no URL"},
