@@ -133,6 +133,22 @@ TEST(Run, BesideLinksOneOfOurOwnDoesNotMakeItTheApplication) {
               "folder: /\nout: \nerr: \nstatus: 0");
 }
 
+TEST(Run, BesideLinksOneOfOurOwnThatNobodyTakesIsToldInTheLog) {
+    EXPECT_EQ(test::inChild([] {
+                  test::FakePlatform fake;
+                  fake.session.reopens = false;
+                  const int status = run({"ferrivane:", "https://a/"}, fake.platform());
+                  Log::shared().flush(std::chrono::seconds(100));
+                  const std::string log = test::readText(Log::shared().fileURL);
+                  std::filesystem::remove(Log::shared().fileURL);
+                  const bool isTold =
+                      log.find("[WARN] cannot show the settings: no session bus\n") !=
+                      std::string::npos;
+                  return (isTold ? "told, " : log) + std::to_string(status);
+              }),
+              "told, 0");
+}
+
 TEST(Run, FileIsNamedAbsolutelyBeforeTheFolderChanges) {
     const test::TempDir dir;
     test::writeText(dir / "page.html", "");

@@ -117,6 +117,20 @@ TEST_F(SettingsViewTest, TheFoldersOfTheScriptAreShown) {
     EXPECT_THAT(fake.calls.of({"scripts.select", "scripts.openFolder"}), Not(IsEmpty()));
 }
 
+TEST_F(SettingsViewTest, ItsButtonInstallsTheHelper) {
+    fake.isSandboxed = true;
+    store.emplace(fake.platform(), log, rulesFile);
+    view.emplace(fake.platform(), *store, menuBar);
+    view->installHelper();
+    EXPECT_TRUE(fake.savePanel.asked);
+}
+
+TEST_F(SettingsViewTest, EachRuleIsOfferedTheProfilesThatThereAre) {
+    EXPECT_EQ(view->profileChoices("Work").current, 1U);
+    EXPECT_EQ(view->profileChoices("Work").all.size(), 2U);
+    EXPECT_EQ(view->profileChoices("Gone").all.size(), 3U);
+}
+
 TEST_F(SettingsViewTest, OnlyTheEndsOfTheListCannotMove) {
     EXPECT_FALSE(view->canMoveUp(0));
     EXPECT_TRUE(view->canMoveDown(0));

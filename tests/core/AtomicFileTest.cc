@@ -60,6 +60,7 @@ TEST_F(AtomicFileWrite, RemovesWhatADeadWriterLeft) {
 TEST_F(AtomicFileWrite, KeepsWhatIsNotALeftover) {
     const pid_t dead = deadProcess();
     const std::string pid = std::to_string(dead);
+    const std::string own = std::to_string(::getpid());
     Names names{
         temporaryName(::getppid(), 1),    // its writer lives
         ".other.json." + pid + "-1.tmp",  // of another file
@@ -71,6 +72,12 @@ TEST_F(AtomicFileWrite, KeepsWhatIsNotALeftover) {
         ".rules.json..tmp",
         ".rules.json.x" + pid + "-1.tmp",
         ".rules.json.99999999999-1.tmp",
+        ".rules.json.0-1.tmp",
+        // Of this process, but no name that it gives.
+        ".rules.json." + own + "-.tmp",
+        ".rules.json." + own + "-x.tmp",
+        ".rules.json." + own + "-4000000000x.tmp",
+        ".rules.json." + own + "-99999999999.tmp",
     };
     for (const std::string& name : names) writeText(dir / name, "mine");
     EXPECT_EQ(outcomeOf(AtomicFile::write(file, "x")), "ok");
