@@ -1,10 +1,16 @@
 #include "bench/Fixtures.h"
 
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string_view>
 
-#include <stdlib.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace ferrivane::bench {
 namespace {
@@ -100,6 +106,35 @@ void World::install(const std::string& id, const std::filesystem::path& program)
 void World::useBrowser(const std::filesystem::path& userDataDirectory) {
     set("CHROME_USER_DATA_DIR", userDataDirectory);
     std::ofstream(userDataDirectory / "Local State") << localState(kCatalogueBytes);
+}
+
+void run(std::vector<std::string> command, bool isSilent) {
+    std::vector<char*> arguments;
+    for (std::string& word : command) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions{};
+    ::posix_spawn_file_actions_init(&actions);
+    if (isSilent) {
+        ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    }
+    pid_t process = 0;
+    int status = 1;
+    const int failure =
+        ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (failure == 0) ::waitpid(process, &status, 0);
+    if (status == 0) return;
+    std::fprintf(stderr, "%s failed\n", command[0].c_str());
+    std::exit(1);  // NOLINT(concurrency-mt-unsafe)
+}
+
+void adoptOrphans() {
+    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+void waitForAll() {
+    while (::waitpid(-1, nullptr, 0) > 0) {
+    }
 }
 
 }  // namespace ferrivane::bench

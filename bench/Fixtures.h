@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "core/Config.h"
 #include "tests/support/TempDir.h"
@@ -39,5 +40,14 @@ class World {
   private:
     test::TempDir folder_;
 };
+
+// Runs a command by its path and waits for it. One that fails ends this program. `isSilent`: what
+// it prints is lost.
+void run(std::vector<std::string> command, bool isSilent = false);
+
+// A link's process lives on when its command has ended. From now on such become children of this
+// process, and waitForAll waits for every child.
+void adoptOrphans();
+void waitForAll();
 
 }  // namespace ferrivane::bench

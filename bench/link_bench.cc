@@ -15,12 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "bench/Fixtures.h"
 #include "bench/Table.h"
@@ -31,29 +26,10 @@
 namespace {
 
 using namespace ferrivane;
+using bench::run;
+using bench::waitForAll;
 
 constexpr const char* kSection = "A link by a process of its own";
-
-// Says so and ends when it fails. `isSilent`: what it prints is lost.
-void run(std::vector<std::string> command, bool isSilent = false) {
-    std::vector<char*> arguments;
-    for (std::string& word : command) arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions{};
-    ::posix_spawn_file_actions_init(&actions);
-    if (isSilent) {
-        ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    }
-    pid_t process = 0;
-    int status = 1;
-    const int failure =
-        ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
-    ::posix_spawn_file_actions_destroy(&actions);
-    if (failure == 0) ::waitpid(process, &status, 0);
-    if (status == 0) return;
-    std::fprintf(stderr, "%s failed\n", command[0].c_str());
-    std::exit(1);  // NOLINT(concurrency-mt-unsafe)
-}
 
 // Milliseconds of all processes below that have been waited for.
 double processorTime() {
@@ -65,16 +41,11 @@ double processorTime() {
     return milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
 }
 
-void waitForAll() {
-    while (::waitpid(-1, nullptr, 0) > 0) {
-    }
-}
-
 // The sender's part.
 class Sending {
   public:
     explicit Sending(std::string program) : program_(std::move(program)) {
-        ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+        bench::adoptOrphans();
         bench::World::useBrowser(chrome_.userDataDirectory());
     }
 

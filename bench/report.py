@@ -14,6 +14,7 @@ from typing import NamedTuple
 
 TEMPLATE = Path(__file__).with_name("PERFORMANCE.in.md")
 PERF = os.environ.get("PERF", "perf")
+LOAD = os.getloadavg()[0]  # before anything is measured
 
 
 def digits(value):
@@ -100,12 +101,12 @@ def markdown_tables(rows):
 # Where the time of a link goes.
 
 def steps(rows):
-    medians = {(row.section, row.what): row.figure.median for row in rows}
-    whole = medians["A link by a process of its own",
-                    "a program that no entry knows: until the command has ended"]
-    taken = {"start and end of the executable (`--help`)": medians["The commands", "Ferrivane --help"]}
-    for (section, what), value in medians.items():
-        if section.startswith("The steps of a link") and what.endswith(", the first time"):
+    section = "The steps of a link inside a process"
+    medians = {row.what: row.figure.median for row in rows if row.section == section}
+    whole = medians["in turns with these: a whole link"]
+    taken = {"start and end of the executable (`--help`)": medians["in turns with these: Ferrivane --help"]}
+    for what, value in medians.items():
+        if what.endswith(", the first time"):
             taken[what.removesuffix(", the first time")] = value
     taken["the rest: fork, loop, log, waiting for the child"] = whole - sum(taken.values())
     table = [[name, f"{value:.2f} ms", f"{100 * value / whole:.0f} %"] for name, value in taken.items()]
@@ -155,7 +156,8 @@ def machine(build):
     chromium = first_line(browser_binary(), "--version")
     return (f"{time.strftime('%Y-%m-%d')}: {len(os.sched_getaffinity(0))} processors"
             f" ({model[1] if model else platform.machine()}), {memory:.0f} GB, "
-            f"{platform.system()} {platform.release()}, {first_line(compiler, '--version')}, {chromium}")
+            f"{platform.system()} {platform.release()}, {first_line(compiler, '--version')}, {chromium}. "
+            f"Other work when it began: a load of {LOAD:.1f}")
 
 
 def document(rows, build):

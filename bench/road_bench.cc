@@ -96,15 +96,23 @@ int main(int count, char** values) {
         for (const auto& [name, value] : oneLink(values[2]).taken) std::printf("%f ", value);
         return 0;
     }
+    if (count != 2) return 2;
+    const std::string program = values[1];
+    bench::adoptOrphans();
     const bench::World world;
     test::FakeChrome chrome(world / "browser");
     bench::World::useBrowser(chrome.userDataDirectory());
     std::vector<Steps> later{oneLink(chrome.socketPath())};
     std::vector<Steps> first{later};
+    bench::Values starts;
+    bench::Values wholes;
     for (int i = 0; i < bench::runs(100); ++i) {
+        starts.push_back(bench::milliseconds([&] { bench::run({program, "--help"}, true); }));
+        wholes.push_back(bench::milliseconds([&] { bench::run({program, bench::kLink}, true); }));
         addFirst(values[0], chrome.socketPath(), first);
         later.push_back(oneLink(chrome.socketPath()));
     }
+    bench::waitForAll();
     const std::size_t steps = later[0].taken.size();
     for (const auto& [links, when] :
          {std::pair(first, ", the first time"), std::pair(later, ", once more")}) {
@@ -116,5 +124,10 @@ int main(int count, char** values) {
                        isReference ? bench::Values() : exchange);
         }
     }
+    const auto exchange = step(first, steps - 1);
+    bench::row(kSection, "in turns with these: Ferrivane --help", "ms", starts,
+               "the exchange there", exchange);
+    bench::row(kSection, "in turns with these: a whole link", "ms", wholes, "the exchange there",
+               exchange);
     return 0;
 }
