@@ -160,7 +160,7 @@ class Launch : public std::enable_shared_from_this<Launch> {
 
     // A sandboxed process can only ask: `command` is one of the script's.
     void runScript(const std::string& command, const std::filesystem::path& application,
-                   std::function<std::string()> opened) {
+                   const std::function<std::string()>& opened) {
         std::vector<std::string> words = switches().switches;
         words.insert(words.begin(), {command, application.string()});
         HelperScript::run(

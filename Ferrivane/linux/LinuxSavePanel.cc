@@ -16,7 +16,7 @@ static constexpr std::chrono::milliseconds kMappingTime{100};
 void LinuxSavePanel::show(const Question& question, std::function<void(Answer)> completion) {
     const auto shown = toolkit(loop_);
     if (!shown) {
-        std::cerr << "Ferrivane: cannot show a save panel: " << shown.error() << std::endl;
+        std::cerr << "Ferrivane: cannot show a save panel: " << shown.error() << '\n';
         return completion({});
     }
     loop_.retain();

@@ -11,6 +11,6 @@ namespace ferrivane::RunningApplications {
 
 // One for each desktop id and path, by its oldest process; the path is the one that an opener of
 // this application has.
-std::vector<Applications::Running> current(const DesktopEntries& entries);
+std::vector<Applications::Running> current(const DesktopEntries& registry);
 
 }  // namespace ferrivane::RunningApplications

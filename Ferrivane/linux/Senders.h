@@ -34,6 +34,6 @@ Origin ownOrigin();
 
 // A process that is no application of the desktop gives an opener with a path only; no process,
 // none.
-std::optional<Opener> opener(const Origin& origin, const DesktopEntries& entries);
+std::optional<Opener> opener(const Origin& origin, const DesktopEntries& registry);
 
 }  // namespace ferrivane::Senders

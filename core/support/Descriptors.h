@@ -17,10 +17,11 @@ bool descriptorsAreLeft() {
     std::array<FileDescriptor, Count> files;
     for (FileDescriptor& file : files) {
         // A copy is made in a fifth of the time.
-        file = FileDescriptor(&file == files.data()
-                                  ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
-                                  : ::fcntl(files.front().get(), F_DUPFD_CLOEXEC, 0));
-        if (!file && (errno == EMFILE || errno == ENFILE)) return false;
+        const int descriptor = &file == files.data()
+                                   ? ::open("/dev/null", O_RDONLY | O_CLOEXEC)
+                                   : ::fcntl(files.front().get(), F_DUPFD_CLOEXEC, 0);
+        if (descriptor < 0 && (errno == EMFILE || errno == ENFILE)) return false;
+        file = FileDescriptor(descriptor);
     }
     return true;
 }

@@ -10,7 +10,7 @@
 namespace {
 
 time_t jump() {
-    constexpr time_t kFar = 1000 * 24 * 60 * 60;
+    constexpr time_t kFar = time_t{1000} * 24 * 60 * 60;
     static std::atomic<unsigned> looks = 0;
     return looks++ % 2 == 0 ? kFar : -kFar;
 }
@@ -19,22 +19,22 @@ time_t jump() {
 
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
-EXPORTED int clock_gettime(clockid_t clock, timespec* time) noexcept {
-    const long result = ::syscall(SYS_clock_gettime, clock, time);
-    const bool isWallClock = clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE;
-    if (result == 0 && isWallClock) time->tv_sec += jump();
+EXPORTED int clock_gettime(clockid_t clock_id, timespec* tp) noexcept {
+    const long result = ::syscall(SYS_clock_gettime, clock_id, tp);
+    const bool isWallClock = clock_id == CLOCK_REALTIME || clock_id == CLOCK_REALTIME_COARSE;
+    if (result == 0 && isWallClock) tp->tv_sec += jump();
     return static_cast<int>(result);
 }
 
-EXPORTED int gettimeofday(timeval* time, void* zone) noexcept {
-    const long result = ::syscall(SYS_gettimeofday, time, zone);
-    if (result == 0) time->tv_sec += jump();
+EXPORTED int gettimeofday(timeval* tv, void* tz) noexcept {
+    const long result = ::syscall(SYS_gettimeofday, tv, tz);
+    if (result == 0) tv->tv_sec += jump();
     return static_cast<int>(result);
 }
 
-EXPORTED time_t time(time_t* place) noexcept {
+EXPORTED time_t time(time_t* timer) noexcept {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    if (place != nullptr) *place = now.tv_sec;
+    if (timer != nullptr) *timer = now.tv_sec;
     return now.tv_sec;
 }

@@ -15,7 +15,7 @@ namespace ferrivane {
 namespace {
 
 constexpr std::chrono::seconds kLong{60};
-constexpr std::uintmax_t kMegabyte = 1024 * 1024;
+constexpr std::uintmax_t kMegabyte = std::uintmax_t{1024} * 1024;
 
 // Only for children.
 void limitFiles(rlim_t bytes) {

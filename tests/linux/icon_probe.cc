@@ -38,7 +38,7 @@ class Orders {
             }
             perform();
             line_.clear();
-            std::cout << "done" << std::endl;
+            std::cout << "done\n" << std::flush;
         }
         loop_.after(std::chrono::milliseconds(5), [this] { follow(); });
     }
@@ -49,7 +49,8 @@ class Orders {
             interface_.showStatusItem(item(), [this](Command command) {
                 const auto token = desktopServices()->takeStatusItemToken();
                 std::cout << "chosen " << static_cast<int>(command) << (token ? " " + *token : "")
-                          << std::endl;
+                          << '\n'
+                          << std::flush;
                 if (command == Command::copy) interface_.removeStatusItem();
             });
         } else if (line_ == "remove") {

@@ -194,8 +194,10 @@ bool activate(const std::string& applicationId, const std::optional<std::string>
     GDBusConnection* const bus = SessionBus::connection();
     if (bus == nullptr) return false;
     // One that ends may take the call and not answer it; the next one is somebody else's.
-    return callActivate(bus, applicationId, activationToken) ||
-           callActivate(bus, applicationId, activationToken);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (callActivate(bus, applicationId, activationToken)) return true;
+    }
+    return false;
 }
 
 }  // namespace ferrivane::Application
