@@ -22,7 +22,7 @@ std::string contents(const std::string& path) {
     std::string text;
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file) return text;
-    std::array<char, 4096> block;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<char, 4096> block;
     while (text.size() < kLargest) {
         const ssize_t count = ::read(file.get(), block.data(), block.size());
         if (count <= 0) break;

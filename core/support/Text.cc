@@ -79,7 +79,7 @@ void appendMapped(std::string& out, std::string_view text, int options) {
     const auto flags = static_cast<utf8proc_option_t>(options);
     const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
     const auto size = static_cast<utf8proc_ssize_t>(text.size());
-    std::array<CodePoint, 128> small;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<CodePoint, 128> small;
     std::vector<CodePoint> large;
     CodePoint* buffer = small.data();
     utf8proc_ssize_t count = utf8proc_decompose(
@@ -117,7 +117,7 @@ std::string mapped(std::string_view text, int options) {
 }
 
 void appendUtf8(std::string& out, CodePoint c) {
-    std::array<utf8proc_uint8_t, 4> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<utf8proc_uint8_t, 4> bytes;
     const utf8proc_ssize_t length = utf8proc_encode_char(c, bytes.data());
     out.append(reinterpret_cast<const char*>(bytes.data()), static_cast<std::size_t>(length));
 }

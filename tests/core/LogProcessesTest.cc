@@ -28,7 +28,7 @@ constexpr int kLinesInRound = 250;
 constexpr std::size_t kFiller = 350;
 
 int rounds() {
-    const char* const faults = std::getenv("FAULTS");
+    const char* const faults = std::getenv("FAULTS");  // NOLINT(concurrency-mt-unsafe)
     return faults != nullptr && faults == std::string_view("all") ? 50 : 8;
 }
 

@@ -243,7 +243,7 @@ std::string FakeChrome::read(int fd, Reading reading) const {
     if (reading == Reading::nothing) return {};
     constexpr Milliseconds kForever{-1};
     std::string bytes;
-    std::array<char, kLongestMessage> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<char, kLongestMessage> buffer;
     const std::size_t most = reading == Reading::firstBytes ? 5 : buffer.size();
     while (bytes.size() < most && pause(kForever, fd, POLLIN)) {
         if (reading == Reading::arrival) return {};

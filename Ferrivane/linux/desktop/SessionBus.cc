@@ -51,7 +51,7 @@ std::vector<guint32> sessionOf(pid_t leader) {
     std::error_code error;
     for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
          entry.increment(error)) {
-        const pid_t process = std::atoi(entry->path().filename().c_str());  // NOLINT(cert-err34-c)
+        const pid_t process = std::atoi(entry->path().filename().c_str());
         if (process > 0 && ::getsid(process) == leader) {
             members.push_back(static_cast<guint32>(process));
         }
