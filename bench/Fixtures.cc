@@ -12,6 +12,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "bench/Table.h"
+#include "core/support/FileDescriptor.h"
+
 namespace ferrivane::bench {
 namespace {
 
@@ -108,24 +111,37 @@ void World::useBrowser(const std::filesystem::path& userDataDirectory) {
     std::ofstream(userDataDirectory / "Local State") << localState(kCatalogueBytes);
 }
 
-void run(std::vector<std::string> command, bool isSilent) {
+pid_t start(std::vector<std::string> command, int output) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& word : command) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions{};
     ::posix_spawn_file_actions_init(&actions);
-    if (isSilent) {
-        ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    }
     pid_t process = 0;
-    int status = 1;
-    const int failure =
-        ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    const bool isStarted =
+        ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) == 0 &&
+        ::posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ) == 0;
     ::posix_spawn_file_actions_destroy(&actions);
-    if (failure == 0) ::waitpid(process, &status, 0);
-    if (status == 0) return;
-    std::fprintf(stderr, "%s failed\n", command[0].c_str());
-    std::exit(1);  // NOLINT(concurrency-mt-unsafe)
+    if (!isStarted) fail("cannot start " + command[0]);
+    return process;
+}
+
+std::vector<double> numbersOf(const std::string& command, std::size_t count) {
+    FILE* const output = ::popen(command.c_str(), "r");  // NOLINT(concurrency-mt-unsafe)
+    if (output == nullptr) fail("cannot run " + command);
+    std::vector<double> numbers;
+    numbers.reserve(count);
+    for (double number = 0; std::fscanf(output, "%lf", &number) == 1;) numbers.push_back(number);
+    if (::pclose(output) != 0 || numbers.size() != count) fail("no figures from " + command);
+    return numbers;
+}
+
+void run(const std::vector<std::string>& command, bool isSilent) {
+    static const FileDescriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    int status = 1;
+    ::waitpid(start(command, isSilent ? nowhere.get() : STDOUT_FILENO), &status, 0);
+    if (status != 0) fail(command[0] + " failed");
 }
 
 void adoptOrphans() {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/types.h>
+
 #include "core/Config.h"
 #include "tests/support/TempDir.h"
 
@@ -41,9 +43,16 @@ class World {
     test::TempDir folder_;
 };
 
-// Runs a command by its path and waits for it. One that fails ends this program. `isSilent`: what
-// it prints is lost.
-void run(std::vector<std::string> command, bool isSilent = false);
+// Starts a command, whose standard output is `output`; the caller waits for it. One that cannot be
+// started ends this program.
+pid_t start(std::vector<std::string> command, int output);
+
+// The numbers that a command of the shell prints. Fewer, or a failure, end this program.
+std::vector<double> numbersOf(const std::string& command, std::size_t count);
+
+// Runs a command and waits for it. One that fails ends this program. `isSilent`: what it prints is
+// lost.
+void run(const std::vector<std::string>& command, bool isSilent = false);
 
 // A link's process lives on when its command has ended. From now on such become children of this
 // process, and waitForAll waits for every child.

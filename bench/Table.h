@@ -1,4 +1,5 @@
-// What the programs here have in common: taking times, and rows of the table that bench/run makes.
+// What the programs here have in common: taking times, rows of the table that bench/run makes, and
+// their end when something is wrong.
 // BENCH_QUICK in the environment makes fewer runs, BENCH_RAW prints every single value.
 #pragma once
 
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,8 +28,29 @@ double milliseconds(Work&& work) {
     return millisecondsSince(start);
 }
 
+// Ends the program.
+[[noreturn]] inline void fail(const std::string& message) {
+    std::fprintf(stderr, "%s\n", message.c_str());
+    std::exit(1);  // NOLINT(concurrency-mt-unsafe)
+}
+
+// For main: what `body` returns, or 1 after a message when it throws.
+template<typename Body>
+int guarded(Body&& body) {
+    try {
+        return body();
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "%s\n", exception.what());
+        return 1;
+    }
+}
+
+inline bool isSet(const char* variable) {
+    return std::getenv(variable) != nullptr;  // NOLINT(concurrency-mt-unsafe)
+}
+
 inline bool isQuick() {
-    return std::getenv("BENCH_QUICK") != nullptr;
+    return isSet("BENCH_QUICK");
 }
 
 inline int runs(int count) {
@@ -54,7 +77,7 @@ inline std::string figure(Values values) {
 }
 
 inline void raw(const std::string& what, const Values& values) {
-    if (std::getenv("BENCH_RAW") == nullptr) return;
+    if (!isSet("BENCH_RAW")) return;
     std::fprintf(stderr, "%s:", what.c_str());
     for (const double value : values) std::fprintf(stderr, " %g", value);
     std::fprintf(stderr, "\n");

@@ -8,15 +8,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gio/gio.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,20 +31,8 @@ using namespace ferrivane;
 // A process that ends with this program.
 class Process {
   public:
-    explicit Process(std::vector<std::string> command, int output = STDOUT_FILENO) {
-        std::vector<char*> arguments;
-        for (std::string& word : command) arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        posix_spawn_file_actions_t actions{};
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-        if (::posix_spawnp(&pid_, arguments[0], &actions, nullptr, arguments.data(), environ) !=
-            0) {
-            std::cerr << "cannot start " << command[0] << "\n";
-            std::exit(1);
-        }
-        ::posix_spawn_file_actions_destroy(&actions);
-    }
+    explicit Process(std::vector<std::string> command, int output = STDOUT_FILENO)
+        : pid_(bench::start(std::move(command), output)) {}
     ~Process() {
         ::kill(pid_, SIGTERM);
         ::waitpid(pid_, nullptr, 0);
@@ -55,7 +42,7 @@ class Process {
     pid_t pid() const { return pid_; }
 
   private:
-    pid_t pid_ = 0;
+    const pid_t pid_;
 };
 
 // From /proc; kilobytes or counts.
@@ -104,7 +91,7 @@ class Agent {
 
 std::string startBus(Process*& bus) {
     std::array<int, 2> ends{};
-    if (::pipe(ends.data()) != 0) std::exit(1);
+    if (::pipe(ends.data()) != 0) bench::fail("no pipe");
     bus = new Process({"dbus-daemon", "--session", "--nofork", "--print-address"}, ends[1]);
     ::close(ends[1]);
     std::string address;
@@ -153,7 +140,9 @@ class Course {
                    kilobytes(agent_.pid(), "Pss:"));
         {
             std::vector<std::unique_ptr<Process>> peers;
-            for (int i = 0; i < 4; ++i) {
+            constexpr std::size_t kPeers = 4;
+            peers.reserve(kPeers);
+            while (peers.size() < kPeers) {
                 peers.push_back(
                     std::make_unique<Process>(std::vector<std::string>{self_, "--peer"}));
             }

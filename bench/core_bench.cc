@@ -5,8 +5,8 @@
 //   core_bench --first catalogue|bytes FILE    one reading in a new process; prints the
 //   milliseconds
 #include <array>
+#include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -67,6 +67,7 @@ void decide(std::size_t count, std::size_t length, bool allKinds, bool beyondAsc
     const std::optional<Opener> opener{{"Mail", "org.example.Mail", "/usr/lib/example/mail"}};
     const std::string folded = Text::foldCase(link);
     std::vector<std::string> patterns;
+    patterns.reserve(config.rules.size());
     for (const Rule& rule : config.rules) patterns.push_back(Text::foldCase(rule.match));
     const auto compared = bench::alternate(
         [&] { keep(Matcher::decide(link, opener, config)); },
@@ -98,14 +99,7 @@ void decisions() {
 
 // What a new process takes.
 double first(const std::string& self, const std::string& what, const std::filesystem::path& file) {
-    const std::string command = "'" + self + "' --first " + what + " '" + file.string() + "'";
-    FILE* const output = ::popen(command.c_str(), "r");  // NOLINT(concurrency-mt-unsafe)
-    double value = 0;
-    if (output == nullptr || std::fscanf(output, "%lf", &value) != 1 || ::pclose(output) != 0) {
-        std::fprintf(stderr, "cannot run %s\n", command.c_str());
-        std::exit(1);  // NOLINT(concurrency-mt-unsafe)
-    }
-    return value;
+    return bench::numbersOf("'" + self + "' --first " + what + " '" + file.string() + "'", 1)[0];
 }
 
 int readOnce(std::string_view what, const char* file) {
@@ -140,6 +134,7 @@ void catalogue(const std::string& self) {
 bool writeWhole(const std::filesystem::path& path, std::string_view text) {
     const std::string next = path.string() + ".next";
     const int file = ::open(next.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (file < 0) return false;
     const bool isWritten =
         ::write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
         ::fsync(file) == 0;
@@ -170,8 +165,10 @@ int main(int count, char** values) {
     if (count == 4 && std::string_view(values[1]) == "--first") {
         return readOnce(values[2], values[3]);
     }
-    decisions();
-    catalogue(values[0]);
-    rulesFile();
-    return 0;
+    return bench::guarded([&] {
+        decisions();
+        catalogue(values[0]);
+        rulesFile();
+        return 0;
+    });
 }

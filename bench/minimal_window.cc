@@ -3,7 +3,7 @@
 #include <QLabel>
 
 int main(int count, char** values) {
-    QApplication application(count, values);
+    const QApplication application(count, values);
     QLabel label(QStringLiteral("window"));
     label.resize(820, 620);
     label.show();

@@ -11,7 +11,7 @@ int main() {
     xcb_connection_t* const display = xcb_connect(nullptr, nullptr);
     if (xcb_connection_has_error(display) != 0) return 1;
     const xcb_screen_t* const screen = xcb_setup_roots_iterator(xcb_get_setup(display)).data;
-    std::cout << "watching" << std::endl;
+    std::cout << "watching\n" << std::flush;
     for (;;) {
         const auto cookie =
             xcb_get_image(display, XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root,
@@ -26,7 +26,8 @@ int main() {
         std::this_thread::sleep_for(std::chrono::microseconds(200));
     }
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    std::cout << std::chrono::duration_cast<std::chrono::nanoseconds>(now).count() << std::endl;
+    std::cout << std::chrono::duration_cast<std::chrono::nanoseconds>(now).count() << '\n'
+              << std::flush;
     xcb_disconnect(display);
     return 0;
 }

@@ -3,14 +3,15 @@
 //
 //   road_bench
 //   road_bench --first    the first link only; a line with milliseconds for each step
+#include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Ferrivane/linux/ChromeLocation.h"
 #include "Ferrivane/linux/DesktopEntries.h"
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Senders.h"
 #include "bench/Fixtures.h"
 #include "bench/Table.h"
@@ -40,28 +41,23 @@ struct Steps {
     }
 };
 
-std::string environmentOf(const char* name) {
-    const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
-    return value != nullptr ? value : "";
-}
-
 Steps oneLink(const std::string& socket) {
-    const std::filesystem::path userData = environmentOf("CHROME_USER_DATA_DIR");
+    const std::filesystem::path userData = environment("CHROME_USER_DATA_DIR");
     Steps steps;
     const auto entries = steps.time("find the browser", [] {
         auto session = DesktopEntries::ofSession();
-        (void)ChromeLocator::locate(session, Paths::home(), environmentOf);
+        (void)ChromeLocator::locate(session, Paths::home(), environment);
         return session;
     });
     const auto opener = steps.time("find the sender",
                                    [&] { return Senders::opener(Senders::ownOrigin(), entries); });
     const auto config =
         steps.time("read the rules", [] { return Config::load(Config::fileURL()); });
-    if (!config) std::exit(1);  // NOLINT(concurrency-mt-unsafe)
+    if (!config) bench::fail("no rules");
     steps.time("decide", [&] { return Matcher::decide(bench::kLink, opener, *config); });
-    steps.time("read the catalogue",
-               [&] { return ChromeProfiles::load(userData / "Local State"); });
-    steps.time("exchange", [&] {
+    (void)steps.time("read the catalogue",
+                     [&] { return ChromeProfiles::load(userData / "Local State"); });
+    (void)steps.time("exchange", [&] {
         return ChromeSingleton::notify(
             {"/usr/bin/browser", "--profile-directory=Default", bench::kLink}, socket, 5.0);
     });
@@ -70,16 +66,10 @@ Steps oneLink(const std::string& socket) {
 
 // One link in a new process with the same surroundings.
 void addFirst(const char* self, const std::string& socket, std::vector<Steps>& links) {
-    const std::string command = "'" + std::string(self) + "' --first '" + socket + "'";
-    FILE* const output = ::popen(command.c_str(), "r");  // NOLINT(concurrency-mt-unsafe)
     Steps steps = links.front();
-    for (auto& [name, value] : steps.taken) {
-        if (output == nullptr || std::fscanf(output, "%lf", &value) != 1) {
-            std::fprintf(stderr, "cannot run %s\n", command.c_str());
-            std::exit(1);  // NOLINT(concurrency-mt-unsafe)
-        }
-    }
-    ::pclose(output);
+    const auto taken = bench::numbersOf("'" + std::string(self) + "' --first '" + socket + "'",
+                                        steps.taken.size());
+    for (std::size_t i = 0; i < taken.size(); ++i) steps.taken[i].second = taken[i];
     links.push_back(std::move(steps));
 }
 
@@ -100,7 +90,7 @@ int main(int count, char** values) {
     const std::string program = values[1];
     bench::adoptOrphans();
     const bench::World world;
-    test::FakeChrome chrome(world / "browser");
+    const test::FakeChrome chrome(world / "browser");
     bench::World::useBrowser(chrome.userDataDirectory());
     std::vector<Steps> later{oneLink(chrome.socketPath())};
     std::vector<Steps> first{later};

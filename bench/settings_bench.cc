@@ -84,17 +84,19 @@ int main(int count, char** values) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const QApplication application(count, values);
-    (void)measure(10);  // fonts and plugins are loaded
-    const Figures few = measure(10);
-    const Figures many = measure(1000);
-    const auto row = [](const std::string& what, const bench::Values& ten,
-                        const bench::Values& thousand) {
-        bench::row("The settings, drawn into memory", "1,000 rules: " + what, "ms", thousand,
-                   "10 rules", ten);
-    };
-    row("rules read, window made and drawn", few.opening, many.opening);
-    row("scrolled by a step and drawn", few.scrolling, many.scrolling);
-    row("scrolled by a page and drawn", few.page, many.page);
-    row("a keystroke, saved and drawn", few.keystroke, many.keystroke);
-    return 0;
+    return bench::guarded([] {
+        (void)measure(10);  // fonts and plugins are loaded
+        const Figures few = measure(10);
+        const Figures many = measure(1000);
+        const auto row = [](const std::string& what, const bench::Values& ten,
+                            const bench::Values& thousand) {
+            bench::row("The settings, drawn into memory", "1,000 rules: " + what, "ms", thousand,
+                       "10 rules", ten);
+        };
+        row("rules read, window made and drawn", few.opening, many.opening);
+        row("scrolled by a step and drawn", few.scrolling, many.scrolling);
+        row("scrolled by a page and drawn", few.page, many.page);
+        row("a keystroke, saved and drawn", few.keystroke, many.keystroke);
+        return 0;
+    });
 }
