@@ -13,12 +13,14 @@ COOKIE = "14627834110984352106"
 class FakeBrowser:
     """Listens until it is closed. `user_data` gets the three links of a running browser.
 
-    It answers each message after `delay` seconds, and counts those that another connection followed
-    before they were answered.
+    It answers each message after `delay` seconds, and not while `may_answer` is cleared. It counts those
+    that another connection followed before they were answered.
     """
 
     def __init__(self, user_data, socket_folder, answer=b"ACK", delay=0.0):
         self.answer, self.delay = answer, delay
+        self.may_answer = threading.Event()
+        self.may_answer.set()
         self.overlaps = 0
         self.messages = []
         self.connections = 0
@@ -38,6 +40,7 @@ class FakeBrowser:
 
     def close(self):
         """Nobody listens any more; the links stay."""
+        self.may_answer.set()
         self._listener.shutdown(socket.SHUT_RDWR)
         self._thread.join()
         self._listener.close()
@@ -62,6 +65,7 @@ class FakeBrowser:
                     self.messages.append(message)
                     self._arrived.notify_all()
                 time.sleep(self.delay)
+                self.may_answer.wait()
                 self.overlaps += bool(select.select([self._listener], [], [], 0)[0])
                 connection.sendall(self.answer)
 

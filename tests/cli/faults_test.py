@@ -9,11 +9,14 @@ import contextlib
 import errno
 import json
 import os
+import re
 import resource
+import signal
 import subprocess
 import time
+from pathlib import Path
 
-from agent_case import AgentCase, main
+from agent_case import LONG, AgentCase, main, wait_until
 from fake_browser import FakeBrowser
 from program_case import ProgramCase, Ran
 
@@ -194,35 +197,58 @@ class AgentWithoutDescriptors(AgentCase):
     def setUp(self):
         super().setUp()
         self.write_rules()
-        self.browser = self.start_browser(delay=0.5)
+        self.browser = self.start_browser()
         self.agent = self.start_agent()
         self.bus_caller = self.caller()
+        self.taken = [f"https://a/{number}" for number in range(3)]
+
+    def descriptors(self):
+        return os.listdir(f"/proc/{self.agent.pid}/fd")
 
     @contextlib.contextmanager
     def no_descriptors_left(self):
+        """From the time when one link is with the browser and others wait; it has closed that link's then."""
+        self.browser.may_answer.clear()
+        self.assertEqual(self.bus_caller.open(*self.taken).error, "")
+        self.browser.message(0)
         limits = resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE)
-        used = len(os.listdir(f"/proc/{self.agent.pid}/fd"))
-        resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE, (used, limits[1]))
-        try:
-            yield
-        finally:
-            resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE, limits)
+        used = len(self.descriptors())
+        # Less than it has without those of the link, the lock and the socket, and those of the log.
+        resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE, (used - 4, limits[1]))
+        self.browser.may_answer.set()
+        wait_until(lambda: len(self.descriptors()) <= used - 2, LONG, "the end of the first link")
+        yield
+        resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE, limits)
+
+    def tell_to_end(self):
+        """The process goes on until its links are through."""
+        self.agent.send_signal(signal.SIGTERM)
+
+        def was_told():  # from then on a second one ends it at once
+            status = Path(f"/proc/{self.agent.pid}/status").read_text()
+            return not int(re.search(r"SigCgt:\s*(\w+)", status)[1], 16) >> signal.SIGTERM - 1 & 1
+        wait_until(was_told, LONG, "the agent to be told")
 
     def test_links_that_were_taken_wait_and_others_are_refused(self):
-        taken = [f"https://a/{number}" for number in range(3)]
-        self.assertEqual(self.bus_caller.open(*taken).error, "")
-        self.browser.message(0)  # and is not answered yet
         with self.no_descriptors_left():
             for call in (lambda: self.bus_caller.open("https://refused/"), self.bus_caller.activate):
                 self.assertEqual(call().error, TOO_MANY)
             time.sleep(1)
-            self.assertEqual(self.links(self.browser), taken[:1])
+            self.assertEqual(self.links(self.browser), self.taken[:1])
         self.browser.message(2)
         self.assertEqual(self.bus_caller.open("https://after/").error, "")
         self.browser.message(3)
-        self.assertEqual(self.links(self.browser), [*taken, "https://after/"])
+        self.assertEqual(self.links(self.browser), [*self.taken, "https://after/"])
         self.assertEqual(self.bus_caller.owner(), self.agent.pid)
         self.assertEqual(self.end(self.agent), OPENED)
+
+    def test_agent_that_is_told_to_end_opens_the_links_that_it_has_taken(self):
+        with self.no_descriptors_left():
+            self.tell_to_end()
+            time.sleep(1)
+            self.assertEqual(self.links(self.browser), self.taken[:1])
+        self.assertEqual(self.finish(self.agent), OPENED)
+        self.assertEqual(self.links(self.browser), self.taken)
 
 
 if __name__ == "__main__":
