@@ -1,5 +1,5 @@
-// Loaded into a program before its libraries: its wall clock jumps by a day, to and fro, whenever
-// it is looked at. The other clocks stay as they are.
+// Loaded into a program before its libraries: its wall clock jumps by 1,000 days, to and fro,
+// whenever it is looked at. The other clocks stay as they are.
 #include <atomic>
 
 #include <sys/syscall.h>

@@ -1,4 +1,6 @@
 // What a full disk leaves of a line, and what a disk without locks does.
+#include <utility>
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -17,12 +19,13 @@ namespace {
 constexpr std::chrono::seconds kLong{60};
 constexpr std::uintmax_t kMegabyte = std::uintmax_t{1024} * 1024;
 
-// Only for children.
-void limitFiles(rlim_t bytes) {
+// The limit before. Only for children.
+rlim_t limitFiles(rlim_t bytes) {
     rlimit limit{};
     ::getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = bytes;
+    const rlim_t before = std::exchange(limit.rlim_cur, bytes);
     ::setrlimit(RLIMIT_FSIZE, &limit);
+    return before;
 }
 
 TEST(LogFaults, ALineThatDoesNotFitLeavesNoPartOfIt) {
@@ -32,11 +35,11 @@ TEST(LogFaults, ALineThatDoesNotFitLeavesNoPartOfIt) {
                   Log log(dir.path());
                   log.info("earlier");
                   if (!log.flush(kLong)) return "not written";
-                  limitFiles(100);
+                  const rlim_t before = limitFiles(100);
                   log.info(std::string(100, 'x'));
                   log.info("fits");
                   if (!log.flush(kLong)) return "not written";
-                  limitFiles(RLIM_INFINITY);
+                  limitFiles(before);
                   log.info("later");
                   return log.flush(kLong) ? "ok" : "not written";
               }),

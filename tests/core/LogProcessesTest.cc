@@ -7,6 +7,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -56,6 +57,10 @@ int writeLines(const std::filesystem::path& folder, std::size_t process, int con
 
 class LogProcesses : public ::testing::Test {
   protected:
+    // A process that has ended fails the test, and not all tests.
+    void SetUp() override { formerHandler = ::signal(SIGPIPE, SIG_IGN); }
+    void TearDown() override { ::signal(SIGPIPE, formerHandler); }
+
     void startProcesses() {
         for (std::size_t process = 0; process < kProcesses; ++process) {
             std::array<int, 2> ends{};
@@ -92,6 +97,7 @@ class LogProcesses : public ::testing::Test {
         for (const auto& child : children) ASSERT_EQ(child->wait(), 0);
     }
 
+    void (*formerHandler)(int) = SIG_DFL;
     const test::TempDir dir;
     const std::filesystem::path file = dir / "ferrivane.log";
     const std::filesystem::path older = dir / "ferrivane.log.1";
@@ -101,12 +107,12 @@ class LogProcesses : public ::testing::Test {
 };
 
 TEST_F(LogProcesses, LoseNoLineWhileTheFileIsMovedAside) {
-    startProcesses();
+    ASSERT_NO_FATAL_FAILURE(startProcesses());
     for (int round = 0; round < rounds(); ++round) {
-        writeRound();
+        ASSERT_NO_FATAL_FAILURE(writeRound());
         keepOlder();
     }
-    endProcesses();
+    ASSERT_NO_FATAL_FAILURE(endProcesses());
     EXPECT_GE(static_cast<int>(kept.size()), rounds() * 3 / 4)
         << "the lines were too few for this test";
 

@@ -28,9 +28,9 @@ using namespace ferrivane;
 
 template<typename Work>
 auto marked(Work work) {
-    (void)!::access("/work begins", F_OK);
+    (void)!::access("begin of the work", F_OK);
     auto result = work();
-    (void)!::access("/work ends", F_OK);
+    (void)!::access("end of the work", F_OK);
     return result;
 }
 

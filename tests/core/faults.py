@@ -74,9 +74,9 @@ class Probe:
                 probes.update(re.findall(r"\d+", arguments.split("]")[0]))
             elif name == "close" and is_probe:
                 probes.discard(descriptor.group())
-            if arguments.startswith('"/work begins"'):
+            if arguments.startswith('"begin of the work"'):
                 inside = True
-            elif arguments.startswith('"/work ends"'):
+            elif arguments.startswith('"end of the work"'):
                 return calls
             elif inside and name not in NOT_OF_THE_WORK and not is_probe:
                 calls.append((name, counts[thread, name]))

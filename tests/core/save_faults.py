@@ -36,7 +36,7 @@ class Place:
             self.file = self.folder / "dotfiles" / "rules"
             self.path.symlink_to("dotfiles/rules")
         if scenario == LEFTOVER:
-            (self.folder / f".rules.json.{dead_process}-1.tmp").write_text("half")
+            (self.folder / leftover_name).write_text("half")
         if scenario != NEW_FILE:
             self.file.write_bytes(old_bytes)
             self.file.chmod(0o640)
@@ -45,7 +45,7 @@ class Place:
         return self.file.read_bytes() if self.file.exists() else None
 
     def strays(self):
-        return [str(p) for p in self.folder.rglob("*.tmp")]
+        return [p.name for p in self.folder.rglob("*.tmp")]
 
     def fault_after(self, succeeded):
         """What is wrong after a save that reported success or an error, or was killed (None)."""
@@ -62,7 +62,7 @@ class Place:
         if self.scenario == LINKED and not self.path.is_symlink():
             return "the link was replaced"
         # A leftover of somebody else may outlive a save that could not list the folder.
-        strays = [s for s in self.strays() if str(dead_process) not in s or succeeded is None]
+        strays = [name for name in self.strays() if name != leftover_name]
         if succeeded is not None and strays:
             return f"left behind: {strays}"
         return None
@@ -116,5 +116,5 @@ with tempfile.TemporaryDirectory(prefix="fv-", dir="/tmp") as samples:
     old_bytes = (Path(samples) / OLD_RULES).read_bytes()
     new_bytes = (Path(samples) / NEW_RULES).read_bytes()
 with subprocess.Popen(["true"]) as ended:
-    dead_process = ended.pid
+    leftover_name = f".rules.json.{ended.pid}-1.tmp"
 sys.exit(main())
