@@ -218,7 +218,8 @@ class AgentWithoutDescriptors(AgentCase):
         self.browser.may_answer.set()
         wait_until(lambda: len(self.descriptors()) <= used - 2, LONG, "the end of the first link")
         yield
-        resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE, limits)
+        if self.agent.poll() is None:
+            resource.prlimit(self.agent.pid, resource.RLIMIT_NOFILE, limits)
 
     def tell_to_end(self):
         """The process goes on until its links are through."""
@@ -249,6 +250,15 @@ class AgentWithoutDescriptors(AgentCase):
             self.assertEqual(self.links(self.browser), self.taken[:1])
         self.assertEqual(self.finish(self.agent), OPENED)
         self.assertEqual(self.links(self.browser), self.taken)
+
+    if os.environ.get("FAULTS") == "all":
+        def test_agent_that_is_told_to_end_and_gets_none_back_tells_what_failed(self):
+            with self.no_descriptors_left():
+                self.tell_to_end()
+                status, out, err = self.finish(self.agent)
+                self.assertEqual((status, out), (0, ""))
+                self.assertEqual(err.count("Couldn't open the link"), 2)
+                self.assertEqual(self.links(self.browser), self.taken[:1])
 
 
 if __name__ == "__main__":
