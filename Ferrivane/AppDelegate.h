@@ -28,7 +28,7 @@ class AppDelegate : public ApplicationEvents {
     static constexpr std::size_t mostBytesWaiting = std::size_t{16} << 20;
 
     // The log and the platform's ports outlive this.
-    AppDelegate(const Platform& platform, Log& sharedLog, bool agentMode,
+    AppDelegate(const Platform& platform, Log& sharedLog, bool isAgent,
                 std::filesystem::path rulesFile = Config::fileURL());
 
     // Links may come from here on: the one that caused the launch must not be lost. Where the

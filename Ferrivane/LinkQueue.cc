@@ -36,6 +36,7 @@ void LinkQueue::start() {
 void LinkQueue::routeNext() {
     if (waiting_.empty()) {
         isBusy_ = false;
+        waitingSince_.reset();
         for (const auto& work : std::exchange(whenIdle_, {})) work();
         return;
     }
@@ -55,7 +56,7 @@ void LinkQueue::routeNext() {
 
 bool LinkQueue::mustWait() {
     const auto now = platform_.mainLoop.now();
-    if (descriptorsAreLeft<kDescriptorsOfLink>()) {
+    if (descriptorsAreLeft(kDescriptorsOfLink)) {
         waitingSince_.reset();
         return false;
     }

@@ -1,6 +1,7 @@
 // Links on their way, strictly one at a time and in the order of their arrival. Main thread only.
 //
-// Without file descriptors a link could only be lost: it waits for them, at most 10 seconds.
+// Without file descriptors a link could only be lost: the queue waits for them, at most 10 seconds
+// each time they run out.
 #pragma once
 
 #include <chrono>

@@ -4,25 +4,32 @@
 #include <string_view>
 
 #include "core/Redact.h"
+#include "core/support/Text.h"
 
 namespace ferrivane {
 namespace {
 
+void addHexadecimal(char c, std::string& shown) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0x0F]};
+}
+
 // Control characters, which a terminal would obey and which could forge a line of a log, as their
-// bytes in hexadecimal digits: C0, DEL, and C1 as UTF-8 writes it.
-std::string withoutControls(std::string_view text) {
-    constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+// bytes in hexadecimal digits: C0, DEL, and C1 as UTF-8 writes it. What is no UTF-8 shows as
+// U+FFFD.
+std::string withoutControls(std::string_view bytes) {
+    const std::string text = Text::validUtf8(bytes);
     std::string shown;
-    unsigned char before = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isC1 = before == 0xC2 && byte >= 0x80 && byte < 0xA0;
-        if (byte < 0x20 || byte == 0x7F || isC1) {
-            shown += {'\\', 'x', kHexDigits[byte >> 4], kHexDigits[byte & 0x0F]};
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isC1 = byte == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (isC1) addHexadecimal(text[i++], shown);
+        if (isC1 || byte < 0x20 || byte == 0x7F) {
+            addHexadecimal(text[i], shown);
         } else {
-            shown += c;
+            shown += text[i];
         }
-        before = byte;
     }
     return shown;
 }

@@ -156,7 +156,7 @@ def machine(build):
     chromium = first_line(browser_binary(), "--version")
     return (f"{time.strftime('%Y-%m-%d')}: {len(os.sched_getaffinity(0))} processors"
             f" ({model[1] if model else platform.machine()}), {memory:.0f} GB, "
-            f"{platform.system()} {platform.release()}, {first_line(compiler, '--version')}, {chromium}. "
+            f"{platform.system()} {'.'.join(platform.release().split('-')[0].split('.')[:3])}, {first_line(compiler, '--version')}, {chromium}. "
             f"Other work when it began: a load of {LOAD:.1f}")
 
 

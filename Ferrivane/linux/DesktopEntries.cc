@@ -15,6 +15,8 @@ namespace ferrivane {
 namespace {
 
 constexpr std::string_view kSuffix = ".desktop";
+// Larger ones, a hundred times what any application has, are not searched for a program.
+constexpr std::size_t kLargestEntry = std::size_t{1024} * 1024;
 
 std::vector<std::string> splitAt(std::string_view text, char separator) {
     std::vector<std::string> parts;
@@ -286,7 +288,8 @@ std::vector<DesktopEntries::File> DesktopEntries::readFolders() const {
         for (std::filesystem::recursive_directory_iterator file(folder, kOptions, error), end;
              !error && file != end; file.increment(error)) {
             if (file->path().extension() != kSuffix) continue;
-            if (auto text = readFile(file->path())) {
+            auto text = readFile(file->path());
+            if (text && text->size() <= kLargestEntry) {
                 files.push_back({folder, file->path(), std::move(*text)});
             }
         }

@@ -39,8 +39,8 @@ class DesktopEntries {
     static DesktopEntries ofSession();
 
     // The same for several questions in a row, such as those of one link: findByProgram reads the
-    // folders at most once, and later changes may go unseen. Copies share what was read; use them
-    // on one thread.
+    // folders at most once, and later changes may go unseen. Copies share what was read, and are
+    // not safe to use on several threads.
     DesktopEntries snapshot() const;
 
     // The entry with this id (with or without ".desktop"). Of several the most important one

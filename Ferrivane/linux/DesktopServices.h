@@ -85,7 +85,7 @@ class DesktopServices {
     // format"), as it is written there; absent when it is not.
     virtual std::optional<std::string> preference(const std::string& file,
                                                   const std::string& key) = 0;
-    // The text with this value, and with whatever else it says.
+    // The text with this value, and with whatever else can be read in it.
     virtual std::string withPreference(const std::string& file, const std::string& key,
                                        const std::string& value) = 0;
     // Moves a process and its session into a scope of their own, so that they do not end with

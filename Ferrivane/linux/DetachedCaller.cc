@@ -13,7 +13,7 @@ namespace ferrivane {
 void DetachedCaller::detach() {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) return;
-    FileDescriptor reading(ends[0]);
+    const FileDescriptor reading(ends[0]);
     FileDescriptor writing(ends[1]);
     const pid_t child = ::fork();
     if (child < 0) return;
@@ -36,7 +36,7 @@ void DetachedCaller::release(int status) {
     // A caller that reads our output to its end must not wait for the child.
     const FileDescriptor null(::open("/dev/null", O_RDWR | O_CLOEXEC));
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        ::dup2(null.get(), stream);
+        if (null) ::dup2(null.get(), stream);
     }
     const auto byte = static_cast<unsigned char>(status);
     (void)!::write(report_.get(), &byte, 1);

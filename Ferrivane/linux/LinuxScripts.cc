@@ -57,7 +57,7 @@ std::optional<std::filesystem::path> LinuxScripts::bundledHelper() const {
 
 // A Flatpak's /tmp is its own; its cache is the same folder inside and outside.
 std::filesystem::path LinuxScripts::temporaryDirectory() const {
-    const std::filesystem::path cache = environment("XDG_CACHE_HOME");
+    std::filesystem::path cache = environment("XDG_CACHE_HOME");
     if (hostSpawn_.isNeeded() && cache.is_absolute()) return cache;
     std::error_code error;
     auto folder = std::filesystem::temp_directory_path(error);

@@ -24,7 +24,8 @@ void* load(const std::string& fileName, const char* entry) {
         if (void* const address = module != nullptr ? ::dlsym(module, entry) : nullptr) {
             return address;
         }
-        if (const char* const error = ::dlerror()) reason = error;
+        const char* const error = ::dlerror();  // NOLINT(concurrency-mt-unsafe)
+        if (error != nullptr) reason = error;
     }
     std::cerr << "Ferrivane: cannot load " << fileName << ": " << reason << "\n";
     return nullptr;

@@ -141,6 +141,7 @@ std::string_view trim(std::string_view text) {
 }
 
 bool contains(std::string_view text, std::string_view part) {
+    if (part.empty() || text.empty()) return part.empty();
     return ::memmem(text.data(), text.size(), part.data(), part.size()) != nullptr;
 }
 

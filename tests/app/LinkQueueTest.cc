@@ -91,22 +91,43 @@ TEST_F(LinkQueueTest, IdleIsWhenTheLastLinkIsOver) {
     EXPECT_EQ(happened.back(), "https://c/ opened") << "told once";
 }
 
+// Too few for a link, enough for the sanitizers, which look into memory through a pipe. Only for
+// children.
+rlimit leaveFewDescriptors() {
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    rlimit few = before;
+    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    few.rlim_cur = static_cast<rlim_t>(next) + 3;
+    ::close(next);
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    return before;
+}
+
+TEST_F(LinkQueueTest, EachLackOfDescriptorsIsWaitedFor) {
+    EXPECT_EQ(test::inChild([&]() -> std::string {
+                  leaveFewDescriptors();
+                  add("https://a/");
+                  fake.mainLoop.advance(11s);
+                  if (happened.size() != 1) return "the first still waits";
+                  fake.mainLoop.advance(3600s);
+                  add("https://b/");
+                  fake.mainLoop.advance(9900ms);
+                  if (happened.size() != 1) return "the second did not wait";
+                  fake.mainLoop.advance(200ms);
+                  return happened.back();
+              }),
+              "https://b/ opened");
+}
+
 TEST_F(LinkQueueTest, ALinkWaitsForDescriptorsForTenSeconds) {
     for (const bool comeBack : {true, false}) {
         EXPECT_EQ(test::inChild([&]() -> std::string {
-                      rlimit limit{};
-                      ::getrlimit(RLIMIT_NOFILE, &limit);
-                      // Too few for a link, enough for the sanitizers, which look into memory
-                      // through a pipe.
-                      rlimit few = limit;
-                      const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-                      few.rlim_cur = static_cast<rlim_t>(next) + 3;
-                      ::close(next);
-                      ::setrlimit(RLIMIT_NOFILE, &few);
+                      const rlimit before = leaveFewDescriptors();
                       add("https://a/");
                       fake.mainLoop.advance(9900ms);
                       if (!happened.empty() || !fake.calls.empty()) return "did not wait";
-                      if (comeBack) ::setrlimit(RLIMIT_NOFILE, &limit);
+                      if (comeBack) ::setrlimit(RLIMIT_NOFILE, &before);
                       fake.mainLoop.advance(200ms);
                       return happened.empty() ? "still waits" : happened.front();
                   }),

@@ -66,7 +66,12 @@ TEST(TerminalDialogs, NoTerminalObeysALink) {
         {"a control sequence in one character",
          "x:\xC2\x9B"
          "2J",
-         "x:\xC2\\x9B"
+         "x:\\xC2\\x9B"
+         "2J"},
+        {"the same as one byte, which is no UTF-8",
+         "x:\x9B"
+         "2J",
+         "x:\xEF\xBF\xBD"
          "2J"},
         {"letters and no-break space", "x:\xC2\xA0\xC3\x9B\xE2\x82\x9B",
          "x:\xC2\xA0\xC3\x9B\xE2\x82\x9B"},

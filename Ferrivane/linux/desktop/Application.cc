@@ -21,7 +21,9 @@ using NameClaim = DesktopServices::NameClaim;
 
 constexpr const char* kInterface = "org.freedesktop.Application";
 constexpr int kTimeoutMilliseconds = 2000;
-constexpr std::size_t kDescriptorsOfCall = 4;
+// For the sender's pid, and for a window with the toolkit's modules.
+constexpr std::size_t kDescriptorsOfLink = 4;
+constexpr std::size_t kDescriptorsOfWindow = 32;
 constexpr const char* kDescription = R"(
 <node>
   <interface name="org.freedesktop.Application">
@@ -49,9 +51,9 @@ std::string objectPath(const std::string& applicationId) {
 }
 
 VariantPointer askBus(GDBusConnection* bus, const char* method, GVariant* arguments) {
-    return VariantPointer(g_dbus_connection_call_sync(
-        bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
-        arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, kTimeoutMilliseconds, nullptr, nullptr));
+    return SessionBus::call(
+        bus, {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method},
+        arguments, G_DBUS_CALL_FLAGS_NONE, kTimeoutMilliseconds);
 }
 
 // Tokens and ids are short; what is long is none, and would be kept for as long as the link waits.
@@ -82,14 +84,14 @@ VariantPointer child(GVariant* tuple, gsize index) {
 void handle(GDBusConnection*, const gchar* sender, const gchar*, const gchar*,
             const gchar* methodName, GVariant* parameters, GDBusMethodInvocation* invocation,
             gpointer data) {
-    // A link that cannot go on is better refused than lost. And GLib ends the process where it
-    // finds no descriptor to wait for an answer with.
-    if (!descriptorsAreLeft<kDescriptorsOfCall>()) {
+    const Calls& calls = *static_cast<const Calls*>(data);
+    const std::string_view method = methodName;
+    // A link that cannot go on is better refused than lost. And the toolkit ends the process where
+    // it finds no descriptors.
+    if (!descriptorsAreLeft(method == "Open" ? kDescriptorsOfLink : kDescriptorsOfWindow)) {
         return g_dbus_method_invocation_return_dbus_error(
             invocation, "org.freedesktop.DBus.Error.LimitsExceeded", "Too many open files.");
     }
-    const Calls& calls = *static_cast<const Calls*>(data);
-    const std::string_view method = methodName;
     const auto platformData = child(parameters, g_variant_n_children(parameters) - 1);
     Calls::Sender from{.process = {},
                        .startupId = text(platformData.get(), "desktop-startup-id").value_or(""),
@@ -149,11 +151,12 @@ bool callActivate(GDBusConnection* bus, const std::string& applicationId,
                                   g_variant_new_string(activationToken->c_str()));
         }
     }
-    const VariantPointer reply(
-        g_dbus_connection_call_sync(bus, applicationId.c_str(), objectPath(applicationId).c_str(),
-                                    kInterface, "Activate", g_variant_new("(a{sv})", &platformData),
-                                    nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr));
-    return reply != nullptr;
+    constexpr int kUsualTimeout = -1;
+    return SessionBus::call(
+               bus,
+               {applicationId.c_str(), objectPath(applicationId).c_str(), kInterface, "Activate"},
+               g_variant_new("(a{sv})", &platformData), G_DBUS_CALL_FLAGS_NONE,
+               kUsualTimeout) != nullptr;
 }
 
 }  // namespace
@@ -183,7 +186,8 @@ void stopServing() {
     GDBusConnection* const bus = SessionBus::connection();
     const std::string name = std::exchange(ownedName(), {});
     if (bus == nullptr || name.empty()) return;
-    // The bus delivers in order: what was sent to the name has arrived when this is answered.
+    // The bus delivers in order: what was sent to the name has arrived when this is answered. It is
+    // not where there are no descriptors: then the name goes with the process.
     askBus(bus, "ReleaseName", g_variant_new("(s)", name.c_str()));
     while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
     }

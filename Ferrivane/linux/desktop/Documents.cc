@@ -21,10 +21,11 @@ void select(const std::filesystem::path& file) {
     const TextPointer uri(g_file_get_uri(location.get()));
     if (bus != nullptr) {
         const char* const uris[] = {uri.get(), nullptr};
-        const VariantPointer reply(g_dbus_connection_call_sync(
-            bus, "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
-            "org.freedesktop.FileManager1", "ShowItems", g_variant_new("(^ass)", uris, ""), nullptr,
-            G_DBUS_CALL_FLAGS_NONE, kTimeoutMilliseconds, nullptr, nullptr));
+        const auto reply = SessionBus::call(
+            bus,
+            {"org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+             "org.freedesktop.FileManager1", "ShowItems"},
+            g_variant_new("(^ass)", uris, ""), G_DBUS_CALL_FLAGS_NONE, kTimeoutMilliseconds);
         if (reply) return;
     }
     (void)open(file.parent_path());

@@ -8,7 +8,7 @@ namespace ferrivane::KeyFile {
 
 // As it is written there; absent when it is not.
 std::optional<std::string> value(const std::string& file, const std::string& key);
-// The file's text with this value, and with whatever else it says.
+// The file's text with this value, and with whatever else can be read in it.
 std::string withValue(const std::string& file, const std::string& key, const std::string& text);
 
 }  // namespace ferrivane::KeyFile

@@ -65,8 +65,7 @@ std::optional<std::filesystem::path> overridingList(std::string_view scheme) {
     std::istringstream stream(desktops);
     for (std::string desktop; std::getline(stream, desktop, ':');) {
         std::ranges::transform(desktop, desktop.begin(), g_ascii_tolower);
-        const auto list =
-            std::filesystem::path(g_get_user_config_dir()) / (desktop + "-mimeapps.list");
+        auto list = std::filesystem::path(g_get_user_config_dir()) / (desktop + "-mimeapps.list");
         if (names(list, contentType(scheme), id)) return list;
     }
     return std::nullopt;

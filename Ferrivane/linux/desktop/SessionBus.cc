@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "Ferrivane/linux/Environment.h"
+#include "core/support/Descriptors.h"
 
 namespace ferrivane::SessionBus {
 namespace {
@@ -59,18 +60,6 @@ std::vector<guint32> sessionOf(pid_t leader) {
     return members;
 }
 
-VariantPointer call(const char* destination, const char* path, const char* interface,
-                    const char* method, GVariant* arguments) {
-    GDBusConnection* bus = connection();
-    if (bus == nullptr) {
-        g_variant_unref(g_variant_ref_sink(arguments));
-        return nullptr;
-    }
-    return VariantPointer(g_dbus_connection_call_sync(
-        bus, destination, path, interface, method, arguments, nullptr,
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, kTimeoutMilliseconds, nullptr, nullptr));
-}
-
 }  // namespace
 
 GDBusConnection* connection() {
@@ -96,10 +85,24 @@ ObjectPointer<GDBusConnection> another() {
     });
 }
 
+VariantPointer call(GDBusConnection* bus, const Method& method, GVariant* arguments,
+                    GDBusCallFlags flags, int timeoutMilliseconds) {
+    constexpr std::size_t kDescriptorsOfCall = 4;
+    if (bus == nullptr || !descriptorsAreLeft(kDescriptorsOfCall)) {
+        g_variant_unref(g_variant_ref_sink(arguments));
+        return nullptr;
+    }
+    return VariantPointer(g_dbus_connection_call_sync(
+        bus, method.destination, method.path, method.interface, method.name, arguments, nullptr,
+        flags, timeoutMilliseconds, nullptr, nullptr));
+}
+
 std::optional<pid_t> nameOwner(std::string_view name) {
-    const VariantPointer reply =
-        call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-             "GetConnectionUnixProcessID", g_variant_new("(s)", std::string(name).c_str()));
+    const VariantPointer reply = call(connection(),
+                                      {"org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                       "org.freedesktop.DBus", "GetConnectionUnixProcessID"},
+                                      g_variant_new("(s)", std::string(name).c_str()),
+                                      G_DBUS_CALL_FLAGS_NO_AUTO_START, kTimeoutMilliseconds);
     if (!reply) return std::nullopt;
     guint32 process = 0;
     g_variant_get(reply.get(), "(u)", &process);
@@ -119,9 +122,11 @@ void moveToOwnScope(pid_t process) {
                           g_variant_new_fixed_array(G_VARIANT_TYPE_UINT32, members.data(),
                                                     members.size(), sizeof members[0]));
     g_variant_builder_add(&properties, "(sv)", "Slice", g_variant_new_string("app.slice"));
-    call("org.freedesktop.systemd1", "/org/freedesktop/systemd1",
-         "org.freedesktop.systemd1.Manager", "StartTransientUnit",
-         g_variant_new("(ssa(sv)a(sa(sv)))", unit.c_str(), "fail", &properties, nullptr));
+    call(connection(),
+         {"org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+          "org.freedesktop.systemd1.Manager", "StartTransientUnit"},
+         g_variant_new("(ssa(sv)a(sa(sv)))", unit.c_str(), "fail", &properties, nullptr),
+         G_DBUS_CALL_FLAGS_NO_AUTO_START, kTimeoutMilliseconds);
 }
 
 }  // namespace ferrivane::SessionBus

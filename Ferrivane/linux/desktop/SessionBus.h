@@ -17,6 +17,18 @@ GDBusConnection* connection();
 // One more, for what is to look like a program of its own; null without a bus.
 ObjectPointer<GDBusConnection> another();
 
+struct Method {
+    const char* destination;
+    const char* path;
+    const char* interface;
+    const char* name;
+};
+
+// The answer; none when there is none in time. Nor without file descriptors to wait with, where
+// GLib would end the process. Takes over `arguments` if they are floating.
+VariantPointer call(GDBusConnection* bus, const Method& method, GVariant* arguments,
+                    GDBusCallFlags flags, int timeoutMilliseconds);
+
 std::optional<pid_t> nameOwner(std::string_view name);
 
 // With the processes of its session. By org.freedesktop.systemd1.Manager.StartTransientUnit; a
