@@ -105,17 +105,28 @@ class Account:
 
 
 class Vitals:
-    """What a process takes, in kilobytes and numbers, once it has come to rest."""
+    """What a process takes, in kilobytes and numbers, once it has come to rest.
 
-    def __init__(self, process):
+    It is given a minute to have no more descriptors and threads than `before`.
+    """
+
+    def __init__(self, process, before=None):
         time.sleep(_REST)
+        end = time.monotonic() + 60
+        while True:
+            self.descriptors = len(os.listdir(f"/proc/{process}/fd"))
+            self.threads = len(os.listdir(f"/proc/{process}/task"))
+            if not before or not self.has_more_than(before) or time.monotonic() > end:
+                break
+            time.sleep(0.1)
         memory = Path(f"/proc/{process}/smaps_rollup").read_text()
         values = {name: int(value) for name, value in re.findall(r"(\w+): +(\d+) kB", memory)}
         self.resident, self.proportional = values["Rss"], values["Pss"]
         self.private = values["Private_Clean"] + values["Private_Dirty"]
         self.written = values["Private_Dirty"]
-        self.descriptors = len(os.listdir(f"/proc/{process}/fd"))
-        self.threads = len(os.listdir(f"/proc/{process}/task"))
+
+    def has_more_than(self, before):
+        return self.descriptors > before.descriptors or self.threads > before.threads
 
     def __str__(self):
         return (f"RSS {self.resident}, PSS {self.proportional}, private {self.private}, written {self.written} KB, "
