@@ -54,10 +54,14 @@ class Traced(SecurityCase):
         super().setUp()
         self.write_rules(("host", "example.com", "Work"))
         self.traces = []
-        # The toolkit keeps what it has found out about fonts.
+        # What the toolkit's libraries find out about fonts they would keep for the whole system, as root.
+        fonts = self.root / "fonts.conf"
+        fonts.write_text(f"<fontconfig><dir>/usr/share/fonts</dir>"
+                         f"<cachedir>{self.root}/home/.cache/fontconfig</cachedir></fontconfig>")
+        self.env |= {"FONTCONFIG_FILE": str(fonts), "LIBGL_ALWAYS_SOFTWARE": "1"}
         trees = r"(config/ferrivane|config/autostart|state|home/\.cache)(/.*)?"
         others = r"config|config/mimeapps\.list(\.\w+)?|run|run/ferrivane-launch\.lock"
-        self.own = re.compile(rf"{self.root}/({trees}|{others})|/dev/null")
+        self.own = re.compile(rf"{re.escape(str(self.root))}/({trees}|{others})|/dev/null|/dev/dri/.*")
 
     def tracing(self):
         self.traces.append(self.root / f"trace.{len(self.traces)}")
