@@ -2,6 +2,7 @@
 """What the compiler and the linker have put into the release build against those who find a mistake in it."""
 
 import os
+import platform
 import re
 import subprocess
 import unittest
@@ -9,9 +10,16 @@ import unittest
 PARTS = {name: os.environ[name] for name in ("FERRIVANE", "DESKTOP_MODULE", "UI_MODULE")}
 
 
-def readelf(*arguments):
-    return subprocess.run(["readelf", "--wide", *arguments], capture_output=True, text=True, check=True,
+PAGE = 4096
+
+
+def output(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=True,
                           env={"LC_ALL": "C", "PATH": os.environ["PATH"]}, timeout=60).stdout
+
+
+def readelf(*arguments):
+    return output("readelf", "--wide", *arguments)
 
 
 class Hardening(unittest.TestCase):
@@ -54,8 +62,24 @@ class Hardening(unittest.TestCase):
 
     def test_stack_is_guarded_and_lengths_are_checked(self):
         self.assert_each("--dyn-syms", lambda symbols: self.assertRegex(symbols, r"\b__stack_chk_fail(@|$)"))
-        # The modules call nothing that takes a length and could be checked.
+        # The modules call nothing that takes a length and could be checked. Which level of
+        # _FORTIFY_SOURCE it is cannot be seen.
         self.assertRegex(readelf("--dyn-syms", PARTS["FERRIVANE"]), r"\b__\w+printf_chk(@|$)")
+
+    if platform.machine() == "x86_64":  # others have other instructions
+        def test_no_frame_jumps_over_the_page_that_ends_the_stack(self):
+            pages = 0
+            for name, file in PARTS.items():
+                with self.subTest(name):
+                    code = output("objdump", "--disassemble", "--no-show-raw-insn", file)
+                    taken = re.findall(r"\tsub +\$0x(\w{1,8}),%rsp\n.*\t(.*)\n", code)
+                    self.assertTrue(taken)
+                    large = [(int(size, 16), then.split()) for size, then in taken if int(size, 16) >= PAGE]
+                    pages += len(large)
+                    # Page by page, and each is touched: GCC's instruction, and Clang's.
+                    touched = [(PAGE, [how, "$0x0,(%rsp)"]) for how in ("orq", "movq")]
+                    self.assertEqual([frame for frame in large if frame not in touched], [])
+            self.assertGreater(pages, 0, "no large frame to look at")
 
     def test_a_module_offers_its_entry_alone(self):
         for module, entry in (("DESKTOP_MODULE", "ferrivane_desktop_services"), ("UI_MODULE", "ferrivane_toolkit")):
