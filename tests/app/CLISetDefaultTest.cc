@@ -157,10 +157,10 @@ TEST_F(CLISetDefault, OneSchemeThatKeepsItsHandlerIsAFailure) {
         fake.applications.deafSchemes = {scheme};
         const std::string http = scheme == "http" ? "still other.desktop" : "ok";
         const std::string https = scheme == "https" ? "still other.desktop" : "ok";
-        EXPECT_EQ(seen(kSet), (Seen{"asking the desktop to make com.hollowmere.ferrivane.desktop "
-                                    "the default browser…\n  http: " +
-                                        http + "\n  https: " + https + "\n",
-                                    "", 1}));
+        std::string out =
+            "asking the desktop to make com.hollowmere.ferrivane.desktop the default browser…\n";
+        out.append("  http: ").append(http).append("\n  https: ").append(https).append("\n");
+        EXPECT_EQ(seen(kSet), (Seen{out, "", 1}));
         EXPECT_EQ(requests().back(),
                   "applications.overridingSetting " + own.string() + " " + scheme);
     }

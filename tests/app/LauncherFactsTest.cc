@@ -58,7 +58,7 @@ TEST(LauncherFacts, SwitchesAreTheProfileThenTheLinkAsItIs) {
 
 TEST(LauncherFacts, RegisteredChromeIsFoundWhereverItIs) {
     const test::TempDir dir;
-    test::FakePlatform fake;
+    const test::FakePlatform fake;
     EXPECT_EQ(ChromeLauncher::chromeAppURL(fake.applications, dir.path()),
               "/apps/google-chrome.desktop");
     EXPECT_THAT(fake.calls.texts(), ElementsAre("applications.location com.google.Chrome"));
@@ -93,6 +93,7 @@ TEST(LauncherFacts, SandboxMarkerCountsWhateverItsValue) {
         {"not set", nullptr, "no"}, {"a value", "com.example", "yes"}, {"empty", "", "yes"}};
     for (const auto& row : rows) {
         EXPECT_EQ(test::inChild([&] {
+                      // NOLINTNEXTLINE(concurrency-mt-unsafe)
                       if (row.value != nullptr) ::setenv("APP_SANDBOX_CONTAINER_ID", row.value, 1);
                       return ChromeLauncher::sandboxMarkerPresent() ? "yes" : "no";
                   }),
@@ -104,8 +105,10 @@ TEST(LauncherFacts, SandboxMarkerCountsWhateverItsValue) {
 TEST(LauncherFacts, SandboxFlagIsFoundOutOnce) {
     EXPECT_EQ(test::inChild([] {
                   const bool before = ChromeLauncher::isSandboxed();
+                  // NOLINTBEGIN(concurrency-mt-unsafe)
                   if (before) ::unsetenv("APP_SANDBOX_CONTAINER_ID");
                   if (!before) ::setenv("APP_SANDBOX_CONTAINER_ID", "", 1);
+                  // NOLINTEND(concurrency-mt-unsafe)
                   return ChromeLauncher::isSandboxed() == before ? "kept" : "changed";
               }),
               "kept");

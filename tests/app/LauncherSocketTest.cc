@@ -74,7 +74,7 @@ TEST_F(LauncherSocket, MessageIsTheExecutableTheSwitchesAndTheLink) {
          {kExecutable, "https://a/\u202E\u2066"}},
         {"nothing", {.url = ""}, {kExecutable, ""}},
     };
-    test::FakeChrome chrome(dir.path());
+    const test::FakeChrome chrome(dir.path());
     std::size_t count = 0;
     for (const auto& row : rows) {
         EXPECT_EQ(outcomeOf(row.request), kHandedOver) << row.name;
@@ -87,7 +87,7 @@ TEST_F(LauncherSocket, MessageIsTheExecutableTheSwitchesAndTheLink) {
 }
 
 TEST_F(LauncherSocket, LongestMessageThatChromeTakesArrivesWhole) {
-    test::FakeChrome chrome(dir.path());
+    const test::FakeChrome chrome(dir.path());
     const std::string link = linkForMessageOf(32768);
     EXPECT_EQ(outcomeOf(test::linkAlone(link)), kHandedOver);
     ASSERT_TRUE(chrome.waitForMessages(1));
@@ -95,7 +95,7 @@ TEST_F(LauncherSocket, LongestMessageThatChromeTakesArrivesWhole) {
 }
 
 TEST_F(LauncherSocket, LongerMessageIsLeftToTheRelayUncut) {
-    test::FakeChrome chrome(dir.path());
+    const test::FakeChrome chrome(dir.path());
     for (const std::size_t size : {32769U, 131071U, 1U << 20}) {
         const std::string link = linkForMessageOf(size);
         EXPECT_EQ(outcomeOf(test::linkAlone(link)),
@@ -173,7 +173,7 @@ TEST_F(LauncherSocket, LongestPathIsUsed) {
 }
 
 TEST_F(LauncherSocket, TokenOfALinkThatGoesToTheRelayIsNoSwitch) {
-    test::FakeChrome chrome(dir.path());
+    const test::FakeChrome chrome(dir.path());
     chrome.behave(test::FakeChrome::answers("SHUTDOWN"));
     outcomeOf({.url = kLink, .profileDirectory = "Default", .activationToken = "tok"});
     EXPECT_THAT(fake.browser.given->switches, ElementsAre("--profile-directory=Default", kLink));

@@ -148,7 +148,8 @@ TEST(ConfigDecode, DeepNestingInIgnoredKeysIsNoFault) {
     for (const std::string& nested : {arrays, objects}) {
         const std::string beside = "{\"x\": " + nested + ", \"defaultProfile\": \"P\"}";
         EXPECT_EQ(decoded(beside).defaultProfile, "P");
-        const std::string inside = "{\"rules\": [" + rule + nested + "}]}";
+        std::string inside = "{\"rules\": [";
+        inside.append(rule).append(nested).append("}]}");
         EXPECT_EQ(decoded(inside).rules.size(), 1U);
     }
     for (const char* open : {"{\"x\":", "{\"rules\":", "", "{\"rules\":[{\"x\":"}) {
