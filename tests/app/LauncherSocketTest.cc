@@ -173,7 +173,7 @@ TEST_F(LauncherSocket, LongestPathIsUsed) {
 }
 
 TEST_F(LauncherSocket, TokenOfALinkThatGoesToTheRelayIsNoSwitch) {
-    const test::FakeChrome chrome(dir.path());
+    test::FakeChrome chrome(dir.path());
     chrome.behave(test::FakeChrome::answers("SHUTDOWN"));
     outcomeOf({.url = kLink, .profileDirectory = "Default", .activationToken = "tok"});
     EXPECT_THAT(fake.browser.given->switches, ElementsAre("--profile-directory=Default", kLink));

@@ -40,7 +40,8 @@ int main(int count, char** values) {
     }
     HelperScript::install(platform, log, [&](const HelperScript::Result& result) {
         std::cout << (result ? "installed" : result.error().description()) << "\n"
-                  << static_cast<int>(HelperScript::state(platform)) << std::endl;
+                  << static_cast<int>(HelperScript::state(platform)) << '\n'
+                  << std::flush;
     });
     loop.runUntilIdle();
     return 0;

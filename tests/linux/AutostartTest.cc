@@ -88,16 +88,18 @@ TEST_F(AutostartTest, CommentsAndOrderDoNotMakeItAnother) {
 
 TEST_F(AutostartTest, WhatThePersonChangedStays) {
     const std::string entry = Autostart::entry("/usr/bin/Ferrivane");
+    const std::string otherCommand =
+        "[Desktop Entry]\nType=Application\nName=Ferrivane\nIcon=com.hollowmere.ferrivane\n"
+        "TryExec=/usr/bin/Ferrivane\nExec=env A=b /usr/bin/Ferrivane --agent\n"
+        "StartupNotify=false\nTerminal=false\n";
     const std::string texts[] = {
+        otherCommand,
         entry + "Hidden=true\n",
         entry + "X-GNOME-Autostart-enabled=false\n",
         entry + "OnlyShowIn=KDE;\n",
         entry + "Name[de]=Verteiler\n",
         entry + "[Desktop Action x]\n",
         "[Desktop Entry]\nType=Application\nHidden=true\n",
-        "[Desktop Entry]\nType=Application\nName=Ferrivane\nIcon=com.hollowmere.ferrivane\n"
-        "TryExec=/usr/bin/Ferrivane\nExec=env A=b /usr/bin/Ferrivane --agent\n"
-        "StartupNotify=false\nTerminal=false\n",
         Autostart::entry("/usr/bin/Other"),
         "",
         "\n \n",

@@ -158,7 +158,7 @@ TEST_F(LinuxApplicationsTest, AnEntryBecomesTheHandlerOfAScheme) {
 TEST_F(LinuxApplicationsTest, TheSettingThatKeepsTheOldHandler) {
     const std::string exec = chat.string() + " %u";
     const auto one = test::writeEntry(folder / "one.desktop", "One", exec);
-    const auto two = test::writeEntry(folder / "two.desktop", "Two", exec);
+    test::writeEntry(folder / "two.desktop", "Two", exec);
     const auto list = dir / "config/one-mimeapps.list";
     std::filesystem::create_directory(dir / "config");
     test::writeText(list, "[Default Applications]\nx-scheme-handler/https=two.desktop;\n");

@@ -3,6 +3,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/LinuxBrowser.h"
 #include "tests/linux/Program.h"
 #include "tests/support/FakeChrome.h"
@@ -177,7 +178,7 @@ TEST_F(LinuxBrowserSandbox, InAFlatpakTheLinkIsOpenedOnTheHost) {
                                          "#!/bin/sh\nprintf '%s|' \"$@\" >\"$0.record\"\n");
     test::writeText(dir / "marker", "");
     const test::ScopedVariable path("PATH",
-                                    spawn.parent_path().string() + ":" + std::getenv("PATH"));
+                                    spawn.parent_path().string() + ":" + environment("PATH"));
     LinuxBrowser inside(location, loop, [] {}, [](pid_t) {}, true, HostSpawn(dir / "marker"));
     inside.openLink({}, {{"https://a/"}, "tok"}, [](const auto&) {});
     loop.runUntilIdle();

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/wait.h>
 
+#include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/LinuxScripts.h"
 #include "tests/linux/Program.h"
 #include "tests/support/Files.h"
@@ -147,7 +148,7 @@ class HostSpawnTest : public LinuxScriptsTest {
         test::writeText(dir / "marker", "");
         return dir / "marker";
     }
-    const std::string path = (dir / "bin").string() + ":" + std::getenv("PATH");
+    const std::string path = (dir / "bin").string() + ":" + environment("PATH");
     const HostSpawn flatpak{writtenMarker()};
 };
 

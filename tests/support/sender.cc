@@ -6,8 +6,7 @@
 
 #include <spawn.h>
 #include <sys/wait.h>
-
-extern char** environ;
+#include <unistd.h>
 
 int main(int argc, char** argv) {
     if (argc < 2) {

@@ -10,7 +10,6 @@ namespace ferrivane {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class MenuBarTest : public test::SettingsCase {
   protected:

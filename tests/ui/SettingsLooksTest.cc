@@ -5,11 +5,13 @@
 #include "Ferrivane/linux/ui/Symbols.h"
 #include "tests/ui/SettingsCase.h"
 
-// What the font library keeps until the process ends.
+// What the font library keeps until the process ends. The name is the leak checker's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libfontconfig";
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace ferrivane {
 namespace {
