@@ -139,7 +139,7 @@ TEST_F(LinuxBrowserSandbox, LinkAloneIsGivenToTheEntrysCommand) {
     // On a busy machine it may take longer than the second after which it counts as a browser.
     const std::string outcome = outcomeOf({recorder, "--flag", "a b"}, "https://a/$(x)");
     EXPECT_THAT(outcome, ::testing::StartsWith("opened "));
-    if (outcome == "opened 0") EXPECT_TRUE(started.empty());
+    EXPECT_TRUE(outcome != "opened 0" || started.empty());
     const auto record = dir / "recorder.record";
     ASSERT_TRUE(test::waitUntil([&] { return std::filesystem::exists(record); }));
     EXPECT_EQ(test::readText(record), "--flag|a b|https://a/$(x)|tok|");
