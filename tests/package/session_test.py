@@ -22,8 +22,9 @@ class Session(PackageCase):
     def start_bus(self):
         # Without the variable it looks below the account's home, whatever $HOME is.
         env = self.env | {"XDG_DATA_HOME": str(self.prefix / "share")}
-        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"], env=env,
-                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address",
+                                f"--address=unix:path={self.home}/bus"],
+                               env=env, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         self.addCleanup(bus.stdout.close)
         self.addCleanup(bus.wait)
         self.addCleanup(bus.kill)
