@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <set>
 #include <string>
 #include <string_view>
@@ -16,6 +17,15 @@
 #include <vector>
 
 #include "Ferrivane/platform/Platform.h"
+
+namespace ferrivane {
+
+// For the test library, which would show the object's bytes, those that nobody set among them.
+inline void PrintTo(const PlatformError& error, std::ostream* out) {
+    *out << error.text;
+}
+
+}  // namespace ferrivane
 
 namespace ferrivane::test {
 
