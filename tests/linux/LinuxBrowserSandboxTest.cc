@@ -27,7 +27,7 @@ class LinuxBrowserSandbox : public ::testing::Test {
                                   .executable = program,
                                   .command = {program.string()},
                                   .userDataDirectory = userData,
-                                  .processNames = {"fv-sandboxed-one"}};
+                                  .processNames = {programName}};
     }
 
     // "opened N" or the error of a link opened by this command.
@@ -44,7 +44,9 @@ class LinuxBrowserSandbox : public ::testing::Test {
     }
 
     const test::TempDir dir;
-    const std::filesystem::path program = dir / "bin/fv-sandboxed-one";
+    // Every process of the machine counts that has this name: those of other tests have another.
+    const std::string programName = "fv-sandboxed-" + std::to_string(::getpid());
+    const std::filesystem::path program = dir / "bin" / programName;
     const std::filesystem::path userData = dir / "user-data";
     std::optional<ChromeLocation> location;
     std::vector<pid_t> started;
@@ -136,10 +138,8 @@ TEST_F(LinuxBrowserSandbox, LinkAloneIsGivenToTheEntrysCommand) {
         test::writeScript(dir / "recorder",
                           "#!/bin/sh\nprintf '%s|' \"$@\" \"$XDG_ACTIVATION_TOKEN\" >\"$0.new\"\n"
                           "mv \"$0.new\" \"$0.record\"\n");
-    // On a busy machine it may take longer than the second after which it counts as a browser.
-    const std::string outcome = outcomeOf({recorder, "--flag", "a b"}, "https://a/$(x)");
-    EXPECT_THAT(outcome, ::testing::StartsWith("opened "));
-    EXPECT_TRUE(outcome != "opened 0" || started.empty());
+    // On a busy machine it may take longer than the second after which it is moved as a browser is.
+    EXPECT_EQ(outcomeOf({recorder, "--flag", "a b"}, "https://a/$(x)"), "opened 0");
     const auto record = dir / "recorder.record";
     ASSERT_TRUE(test::waitUntil([&] { return std::filesystem::exists(record); }));
     EXPECT_EQ(test::readText(record), "--flag|a b|https://a/$(x)|tok|");
