@@ -1,9 +1,5 @@
 // The desktop's installed applications: the ".desktop" files below the XDG data directories
-// (freedesktop.org, Desktop Entry Specification 1.5).
-//
-// A reader of our own for the few keys that we need: it is on the road of every link, where merely
-// loading the desktop's library would take as long as the rest of the road (docs/DECISIONS.md). A
-// test holds it against that library.
+// (freedesktop.org, XDG Base Directory Specification 0.8, Desktop Entry Specification 1.5).
 #pragma once
 
 #include <filesystem>
@@ -13,23 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "Ferrivane/linux/DesktopEntry.h"
+
 namespace ferrivane {
-
-struct DesktopEntry {
-    std::string id;  // without ".desktop"
-    std::filesystem::path file;
-    std::string name;               // in the user's language
-    std::vector<std::string> exec;  // the Exec line's words, field codes included
-    bool isVisible = true;          // neither Hidden nor NoDisplay
-    bool isHidden = false;          // stands for an entry that was deleted
-    bool isFlatpak = false;
-
-    // The program that Exec starts, behind "env" and its assignments; absolute, found through PATH;
-    // absent when there is no such executable file.
-    std::optional<std::filesystem::path> program() const;
-    // The Exec line without field codes.
-    std::vector<std::string> command() const;
-};
 
 class DesktopEntries {
   public:
@@ -56,18 +38,14 @@ class DesktopEntries {
     // The id of an entry's file; absent when it lies in none of the folders.
     std::optional<std::string> idOf(const std::filesystem::path& file) const;
 
-    // Reads one file; absent when it is no readable entry of an application.
-    static std::optional<DesktopEntry> read(const std::filesystem::path& file, std::string id);
-
   private:
+    // A file, and the programs that it names.
     struct File {
         std::filesystem::path folder;
         std::filesystem::path path;
-        std::string text;
+        std::vector<std::string> programs;
     };
 
-    static std::optional<DesktopEntry> parse(std::string_view text,
-                                             const std::filesystem::path& file, std::string id);
     std::vector<File> readFolders() const;
 
     std::vector<std::filesystem::path> folders_;

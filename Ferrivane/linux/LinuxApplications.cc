@@ -21,13 +21,6 @@
 namespace ferrivane {
 namespace {
 
-std::vector<std::string> splitAt(const std::string& text, char separator) {
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
-    return parts;
-}
-
 // Whether the xdg-utils (1.1.3) open a link by a desktop's own program, which follows no $BROWSER.
 bool isDesktopWithOwnOpener() {
     constexpr std::array<std::string_view, 9> kNames{"Cinnamon", "X-Cinnamon", "ENLIGHTENMENT",
@@ -38,7 +31,7 @@ bool isDesktopWithOwnOpener() {
     const auto isKnown = [&](const std::string& name) {
         return name.starts_with("GNOME") || std::ranges::find(kNames, name) != kNames.end();
     };
-    return std::ranges::any_of(splitAt(environment("XDG_CURRENT_DESKTOP"), ':'), isKnown) ||
+    return std::ranges::any_of(environmentList("XDG_CURRENT_DESKTOP"), isKnown) ||
            !environment("KDE_FULL_SESSION").empty() ||
            !environment("GNOME_DESKTOP_SESSION_ID").empty() ||
            !environment("MATE_DESKTOP_SESSION_ID").empty() ||
@@ -47,7 +40,7 @@ bool isDesktopWithOwnOpener() {
 
 // The first program of $BROWSER, a list of commands, that is installed.
 std::optional<std::filesystem::path> programOfBrowserVariable() {
-    for (const std::string& command : splitAt(environment("BROWSER"), ':')) {
+    for (const std::string& command : environmentList("BROWSER")) {
         std::istringstream words(command);
         DesktopEntry entry{.id = {}, .file = {}, .name = {}, .exec = {}};
         for (std::string word; words >> word;) entry.exec.push_back(word);
@@ -70,7 +63,7 @@ std::optional<std::filesystem::path> LinuxApplications::location(std::string_vie
 std::optional<std::filesystem::path> LinuxApplications::executable(
     const std::filesystem::path& application) const {
     if (chrome_ && application == chrome_->entry) return chrome_->executable;
-    const auto entry = DesktopEntries::read(application, application.stem().string());
+    const auto entry = DesktopEntry::read(application, application.stem().string());
     return entry ? entry->program() : std::nullopt;
 }
 
@@ -135,7 +128,7 @@ std::vector<Applications::Running> LinuxApplications::runningApplications() cons
 }
 
 std::string LinuxApplications::displayName(const std::filesystem::path& application) const {
-    const auto entry = DesktopEntries::read(application, application.stem().string());
+    const auto entry = DesktopEntry::read(application, application.stem().string());
     return entry && !entry->name.empty() ? entry->name : application.stem().string();
 }
 

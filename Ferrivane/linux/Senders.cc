@@ -139,7 +139,7 @@ std::optional<Opener> fromProgram(pid_t process, const Program& program,
     // The one who started it said which entry it is, for this very process.
     const std::filesystem::path launchedAs = variable("GIO_LAUNCHED_DESKTOP_FILE");
     if (variable("GIO_LAUNCHED_DESKTOP_FILE_PID") == std::to_string(process)) {
-        if (const auto entry = DesktopEntries::read(launchedAs, launchedAs.stem().string())) {
+        if (const auto entry = DesktopEntry::read(launchedAs, launchedAs.stem().string())) {
             return openerOf(*entry, program.file);
         }
     }

@@ -5,7 +5,8 @@
 #include <glib.h>
 #include <stdlib.h>
 
-#include "Ferrivane/linux/DesktopEntries.h"
+#include "Ferrivane/linux/DesktopEntry.h"
+#include "Ferrivane/linux/ExecLine.h"
 #include "core/support/Text.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/fuzz/MemoryFile.h"
@@ -21,7 +22,7 @@ bool isSame(const DesktopEntry& a, const DesktopEntry& b) {
 std::optional<DesktopEntry> read(const std::string& text) {
     static const MemoryFile file;
     file.write(text);
-    return DesktopEntries::read(file.path(), "id");
+    return DesktopEntry::read(file.path(), "id");
 }
 
 // A value of type string that stands for this text.
@@ -58,6 +59,10 @@ void checkFile(const std::string& text) {
     require(!(entry->isHidden && entry->isVisible), "what is hidden is not visible");
     if (const auto program = entry->program()) require(program->is_absolute(), "absolute");
     require(entry->command().size() <= entry->exec.size(), "a command has no more words");
+    if (entry->exec.empty()) return;
+    const auto programs = programsIn(text);
+    require(std::ranges::find(programs, ExecLine::program(entry->exec)) != programs.end(),
+            "its program is among those of the text");
 }
 
 void checkExec(std::string text) {

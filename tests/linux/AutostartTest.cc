@@ -2,7 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "Ferrivane/linux/Autostart.h"
-#include "Ferrivane/linux/DesktopEntries.h"
+#include "Ferrivane/linux/DesktopEntry.h"
 #include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
@@ -51,7 +51,7 @@ TEST_F(AutostartTest, OddPathsArriveWhole) {
                                 "/100%/Ferrivane", "/50%u/Fer'ri&vane", "/ä/Ferrivane"}) {
         SCOPED_TRACE(program);
         set(true, program);
-        const auto entry = DesktopEntries::read(file, "x");
+        const auto entry = DesktopEntry::read(file, "x");
         ASSERT_TRUE(entry);
         EXPECT_THAT(entry->command(), ElementsAre(program, "--agent"));
         set(false, program);

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "Ferrivane/linux/DesktopEntries.h"
+#include "Ferrivane/linux/DesktopEntry.h"
 #include "tests/linux/Entries.h"
 #include "tests/linux/Program.h"
 #include "tests/support/TempDir.h"
@@ -12,22 +12,22 @@ namespace {
 using test::ScopedVariable;
 using Words = std::vector<std::string>;
 
-class DesktopEntriesRead : public ::testing::Test {
+class DesktopEntryTest : public ::testing::Test {
   protected:
     std::optional<DesktopEntry> read(const std::string& text) const {
         test::writeText(file, text);
-        return DesktopEntries::read(file, "id");
+        return DesktopEntry::read(file, "id");
     }
     std::optional<DesktopEntry> readLines(const std::string& lines) const {
         test::writeEntry(file, lines);
-        return DesktopEntries::read(file, "id");
+        return DesktopEntry::read(file, "id");
     }
 
     const test::TempDir dir;
     const std::filesystem::path file = dir / "entry.desktop";
 };
 
-TEST_F(DesktopEntriesRead, WhatTheFileSays) {
+TEST_F(DesktopEntryTest, WhatTheFileSays) {
     const auto entry = readLines("Name=Chat\nExec=chat %U");
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->id, "id");
@@ -39,7 +39,7 @@ TEST_F(DesktopEntriesRead, WhatTheFileSays) {
     EXPECT_FALSE(entry->isFlatpak);
 }
 
-TEST_F(DesktopEntriesRead, Layout) {
+TEST_F(DesktopEntryTest, Layout) {
     const struct {
         const char* name;
         std::string text;
@@ -82,16 +82,16 @@ TEST_F(DesktopEntriesRead, Layout) {
     }
 }
 
-TEST_F(DesktopEntriesRead, NothingToRead) {
-    EXPECT_FALSE(DesktopEntries::read(dir / "missing.desktop", "id"));
-    EXPECT_FALSE(DesktopEntries::read(dir.path(), "id"));
+TEST_F(DesktopEntryTest, NothingToRead) {
+    EXPECT_FALSE(DesktopEntry::read(dir / "missing.desktop", "id"));
+    EXPECT_FALSE(DesktopEntry::read(dir.path(), "id"));
     std::filesystem::create_symlink("nowhere", dir / "dangling.desktop");
-    EXPECT_FALSE(DesktopEntries::read(dir / "dangling.desktop", "id"));
+    EXPECT_FALSE(DesktopEntry::read(dir / "dangling.desktop", "id"));
     ASSERT_EQ(::mkfifo((dir / "pipe.desktop").c_str(), 0600), 0);
-    EXPECT_FALSE(DesktopEntries::read(dir / "pipe.desktop", "id"));
+    EXPECT_FALSE(DesktopEntry::read(dir / "pipe.desktop", "id"));
 }
 
-TEST_F(DesktopEntriesRead, Visibility) {
+TEST_F(DesktopEntryTest, Visibility) {
     const struct {
         const char* name;
         const char* lines;
@@ -117,7 +117,7 @@ TEST_F(DesktopEntriesRead, Visibility) {
     EXPECT_TRUE(bare && bare->isHidden) << "what hides an entry need not be one";
 }
 
-TEST_F(DesktopEntriesRead, NameInTheLanguageOfTheUser) {
+TEST_F(DesktopEntryTest, NameInTheLanguageOfTheUser) {
     const std::string lines =
         "Name[fr]=Messagerie\n"
         "Name=Chat\n"
@@ -166,7 +166,7 @@ TEST_F(DesktopEntriesRead, NameInTheLanguageOfTheUser) {
     }
 }
 
-TEST_F(DesktopEntriesRead, ExecWords) {
+TEST_F(DesktopEntryTest, ExecWords) {
     // As in the file: a backslash is written twice, once for the value and once for the word.
     const struct {
         const char* name;
@@ -202,7 +202,7 @@ TEST_F(DesktopEntriesRead, ExecWords) {
     }
 }
 
-TEST_F(DesktopEntriesRead, CommandWithoutFieldCodes) {
+TEST_F(DesktopEntryTest, CommandWithoutFieldCodes) {
     const struct {
         const char* name;
         const char* exec;
@@ -227,7 +227,7 @@ TEST_F(DesktopEntriesRead, CommandWithoutFieldCodes) {
     }
 }
 
-TEST_F(DesktopEntriesRead, Program) {
+TEST_F(DesktopEntryTest, Program) {
     test::writeScript(dir / "bin/chat", "");
     test::writeScript(dir / "more/chat", "");
     test::writeScript(dir / "more/my chat", "");
@@ -267,7 +267,33 @@ TEST_F(DesktopEntriesRead, Program) {
     }
 }
 
-TEST_F(DesktopEntriesRead, FlatpakMark) {
+TEST(ProgramsIn, AllExecLines) {
+    const struct {
+        const char* name;
+        const char* text;
+        Words programs;
+    } rows[] = {
+        {"no text", "", {}},
+        {"of the entry and its actions",
+         "[Desktop Entry]\nName=Chat\nExec=/opt/chat %U\n\n[Desktop Action new]\nExec=chat-new\n",
+         {"/opt/chat", "chat-new"}},
+        {"the first line", "Exec=chat", {"chat"}},
+        {"blanks around", " \tExec = chat  \r\n", {"chat"}},
+        {"behind an assignment", "\nExec=env A=b \"/opt/my chat\" %u\n", {"/opt/my chat"}},
+        {"escapes", "\nExec=my\\\\\\schat\n", {"my chat"}},
+        {"no program", "\nExec=\n\nExec=env A=b\n", {"", ""}},
+        {"a program of that name", "\nExec=Exec\nExec=x\n", {"Exec", "x"}},
+        {"other keys", "\nTryExec=a\nExecutable=b\nX-Exec=c\nExec[de]=d\nName=Exec\n", {}},
+        {"comments", "#Exec=a\n # Exec=b\n", {}},
+        {"no key", "Exec\nExec", {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(programsIn(row.text), row.programs);
+    }
+}
+
+TEST_F(DesktopEntryTest, FlatpakMark) {
     EXPECT_TRUE(readLines("Exec=chat\nX-Flatpak=org.example.Chat")->isFlatpak);
     EXPECT_FALSE(readLines("Exec=chat\nX-Flatpak-RenamedFrom=chat")->isFlatpak);
 }
