@@ -9,6 +9,7 @@
 
 #include "Ferrivane/linux/AppUnit.h"
 #include "Ferrivane/linux/Environment.h"
+#include "Ferrivane/linux/ExecLine.h"
 #include "Ferrivane/linux/Processes.h"
 #include "core/support/ReadFile.h"
 
@@ -119,6 +120,20 @@ std::optional<Opener> fromFlatpak(pid_t process, const DesktopEntries& entries) 
     return Opener{std::nullopt, id, std::nullopt};
 }
 
+// The name under which the process was started, where that is a link to its executable and called
+// otherwise, as the alternatives of Debian are (update-alternatives(1)).
+std::optional<std::filesystem::path> otherName(pid_t process,
+                                               const std::filesystem::path& executable) {
+    const std::vector<std::string> arguments = Processes::arguments(process);
+    if (arguments.empty()) return std::nullopt;
+    const std::filesystem::path name = arguments[0];
+    if (name.filename() == executable.filename()) return std::nullopt;
+    auto file = ExecLine::findProgram(arguments[0]);
+    std::error_code error;
+    const bool isSame = file && std::filesystem::equivalent(*file, executable, error);
+    return isSame ? file : std::nullopt;
+}
+
 struct Program {
     std::filesystem::path file;       // of the executable
     std::filesystem::path standsFor;  // the script that it interprets, else the same
@@ -129,6 +144,11 @@ std::optional<Opener> fromProgram(pid_t process, const Program& program,
     if (!isInterpreter(program.standsFor.filename().string())) {
         if (const auto entry = entries.findByProgram(program.standsFor)) {
             return openerOf(*entry, program.standsFor);
+        }
+        if (const auto name = otherName(process, program.file)) {
+            if (const auto entry = entries.findByProgram(*name)) {
+                return openerOf(*entry, program.file);
+            }
         }
     }
     const auto environment = Processes::environment(process);

@@ -112,6 +112,32 @@ TEST_F(SendersProcesses, TheControlGroupIsTheWitnessWhereTheParentsTellNothing) 
         << "a living application comes first";
 }
 
+TEST_F(SendersProcesses, AProgramStartedUnderTheNameOfALinkToIt) {
+    copyProgram(SENDER, dir / "bin/x11-writer");
+    std::filesystem::create_symlink(dir / "bin/x11-writer", dir / "alternative");
+    std::filesystem::create_symlink(dir / "alternative", dir / "bin/text");
+    writeEntry(applications / "org.example.Text.desktop", "Text", dir / "bin/text");
+    const std::string path = dir / "bin/x11-writer";
+    const auto started = [&](const std::filesystem::path& name) {
+        const Program program({name, "cat"});
+        return opener(program.pid());
+    };
+    EXPECT_EQ(started(path), "-|-|" + path);
+    EXPECT_EQ(started(dir / "bin/text"), "Text|org.example.Text|" + path);
+    const test::ScopedVariable folders("PATH", (dir / "bin").string() + ":/usr/bin:/bin");
+    EXPECT_EQ(started("text"), "Text|org.example.Text|" + path);
+}
+
+TEST_F(SendersProcesses, ANameThatAProgramOnlyClaims) {
+    const std::string claimed = dir / "bin/chat";
+    Program liar({"bash", "-c",
+                  "exec -a '" + claimed + "' '" + (dir / "bin/tool").string() +
+                      "' sh -c 'echo ready; exec cat'"});
+    ASSERT_EQ(liar.readLine(), "ready");
+    ASSERT_EQ(Processes::arguments(liar.pid()).at(0), claimed);
+    EXPECT_EQ(opener(liar.pid()), tool);
+}
+
 TEST_F(SendersProcesses, AStartUpIdThatNamesALiveProcess) {
     const Program program({dir / "bin/chat", "cat"});
     const std::string pid = std::to_string(program.pid());
