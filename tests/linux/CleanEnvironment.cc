@@ -72,7 +72,7 @@ class CleanEnvironment : public ::testing::Environment {
             while (child > 0);
             return child < 0;
         };
-        if (!waitUntil(collected, std::chrono::seconds(2))) {
+        if (!waitUntil(collected)) {
             ADD_FAILURE() << "still running:" << endedChildren();
             waitUntil(collected);
         }

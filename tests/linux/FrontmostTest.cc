@@ -35,7 +35,7 @@ class FrontmostTest : public ::testing::Test {
     }
     // Waits for it, because window managers take their time.
     bool becomesFront(const std::string& expected) const {
-        return test::waitUntil([&] { return front() == expected; }, std::chrono::seconds(5));
+        return test::waitUntil([&] { return front() == expected; });
     }
     static std::string described(const Program& window, const std::string& name) {
         return std::to_string(window.pid()) + "|" + name;

@@ -136,7 +136,11 @@ TEST_F(LinuxScriptsTest, ScriptThatHangsIsNotWaitedForWithoutEnd) {
                   [&](const auto& result) { outcomes.push_back(result.error().text); });
     loop.runUntilIdle();
     EXPECT_THAT(outcomes, ElementsAre("the helper script does not end"));
-    const pid_t process = std::stoi(test::readText(dir / "s.sh.pid"));
+    const auto written = dir / "s.sh.pid";
+    ASSERT_TRUE(test::waitUntil([&] {
+        return std::filesystem::exists(written) && test::readText(written).ends_with('\n');
+    }));
+    const pid_t process = std::stoi(test::readText(written));
     ::kill(process, SIGKILL);
     EXPECT_EQ(::waitpid(process, nullptr, 0), process);
 }

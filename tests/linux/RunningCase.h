@@ -37,8 +37,7 @@ class RunningCase : public ::testing::Test {
     // The window manager takes its time to list a window, and to forget it.
     ::testing::AssertionResult becomes(const std::string& expected) const {
         std::string last;
-        const bool isSo = waitUntil([&] { return (last = running()) == expected + "\n"; },
-                                    std::chrono::seconds(5));
+        const bool isSo = waitUntil([&] { return (last = running()) == expected + "\n"; });
         return isSo ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << last;
     }
     // A copy of a program, with an entry; of the one that shows windows.

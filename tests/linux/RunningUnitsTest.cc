@@ -70,13 +70,13 @@ TEST_F(RunningUnitsTest, AShellThatStartsAnApplicationIsNeitherACopyNorAnotherAp
         return text.starts_with("Chat|" + idOf("Chat") + "|" + chat + "|" + idOf("Chat") + "|") &&
                text.find('\n') + 1 == text.size();
     };
-    EXPECT_TRUE(test::waitUntil(isListed, std::chrono::seconds(5))) << running();
+    EXPECT_TRUE(test::waitUntil(isListed)) << running();
     shell.end();
     const std::string opener = openerOf(unit.running({wrapper, sender}));
     EXPECT_EQ(opener, "Chat|" + idOf("Chat") + "|" + sender);
 
     const Program alone(unit.running({wrapper, "cat"}), variables());
-    EXPECT_TRUE(test::waitUntil([&] { return running() != "\n"; }, std::chrono::seconds(5)));
+    EXPECT_TRUE(test::waitUntil([&] { return running() != "\n"; }));
     EXPECT_TRUE(running().starts_with("Chat|" + idOf("Chat") + "|" + wrapper.string() + "|"))
         << running();
 }

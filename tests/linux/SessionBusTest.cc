@@ -1,4 +1,5 @@
 // The session bus, with a private one.
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -124,9 +125,11 @@ TEST_F(SessionBusThatRuns, ASessionMovesToAScopeOfItsOwnWhereSystemdRuns) {
     Program systemd({BUS_STAND_IN, "org.freedesktop.systemd1"}, bus(address));
     ASSERT_EQ(systemd.readLine(), "owned");
     EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", leader}, variables), "asked\n");
+    const auto [lower, higher] = std::minmax({session.pid(), std::stoi(member)});
     EXPECT_EQ(systemd.readLine(), "StartTransientUnit ('app-ferrivane-chrome-" + leader +
-                                      ".scope', 'fail', [('PIDs', <[uint32 " + leader + ", " +
-                                      member + "]>), ('Slice', <'app.slice'>)], @a(sa(sv)) [])");
+                                      ".scope', 'fail', [('PIDs', <[uint32 " +
+                                      std::to_string(lower) + ", " + std::to_string(higher) +
+                                      "]>), ('Slice', <'app.slice'>)], @a(sa(sv)) [])");
     session.end();
     EXPECT_EQ(outputOf({ADAPTER_PROBE, "scope", leader}, variables), "asked\n") << "it is gone";
 }

@@ -361,13 +361,13 @@ TEST_F(RulesListTest, ScrollsWhileARuleIsHeldAtItsEdge) {
     beginDrag(0);
     const int edge = list().viewport()->height() - 2;
     dragTo({40, edge});
-    EXPECT_TRUE(QTest::qWaitFor([&] { return bar().value() > 200; }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bar().value() > 200; }, test::kLong));
     dragTo(place(static_cast<std::size_t>(bar().value() / list().rowHeight()) + 2));
     const int there = bar().value();
     QTest::qWait(100);
     EXPECT_EQ(bar().value(), there) << "away from the edge";
     dragTo({40, 2});
-    EXPECT_TRUE(QTest::qWaitFor([&] { return bar().value() == 0; }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bar().value() == 0; }, test::kLong));
     leave();
 }
 

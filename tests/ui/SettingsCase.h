@@ -24,6 +24,8 @@
 
 namespace ferrivane::test {
 
+inline constexpr int kLong = 60000;  // in milliseconds, for failures only
+
 // One for the process, never deleted.
 inline QApplication& application() {
     static const bool prepared = [] {
@@ -149,8 +151,7 @@ void whilePopupIsOpen(const std::function<void()>& open, Look look) {
     });
     timer.start(5);
     open();
-    for (int i = 0; i < 200 && !seen; ++i) QTest::qWait(5);
-    EXPECT_TRUE(seen);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return seen; }, kLong));
 }
 
 }  // namespace ferrivane::test

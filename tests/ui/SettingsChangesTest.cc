@@ -16,7 +16,7 @@ TEST_F(SettingsChangesTest, WhatOthersWriteAppears) {
     open();
     const auto appears = [this](const char* text) {
         return QTest::qWaitFor([&] { return match(0) != nullptr && match(0)->text() == text; },
-                               5000);
+                               test::kLong);
     };
     const auto write = [this](const std::string& text) {
         writeRules(R"({"rules": [{"kind": "url", "match": ")" + text +
@@ -89,7 +89,7 @@ TEST_F(SettingsChangesTest, WhatOthersWroteIsReadAfterTheMenuIsClosed) {
             writeRules(R"({"rules": [{"kind": "url", "match": "new", "profile": ""}]})");
             view->rulesFileChanged();
         });
-    EXPECT_TRUE(QTest::qWaitFor([&] { return match(0)->text() == "new"; }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return match(0)->text() == "new"; }, test::kLong));
 }
 
 TEST_F(SettingsChangesTest, WhatCannotBeSavedIsSaid) {

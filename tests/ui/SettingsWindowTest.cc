@@ -363,8 +363,7 @@ TEST_F(SettingsWindowTest, TheFrameIsRemembered) {
     open();
     EXPECT_THAT(frames, IsEmpty());
     window->resize(900, 700);
-    QTest::qWait(700);
-    ASSERT_FALSE(frames.empty());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !frames.empty(); }, test::kLong));
     const std::string frame = frames.back();
     EXPECT_EQ(frame.find('\n'), std::string::npos);
     window.reset();
