@@ -35,6 +35,17 @@ void EventLoop::watchChild(pid_t child, std::function<void(int status)> ended) {
     children_.insert_or_assign(child, Child{std::move(handle), std::move(ended)});
 }
 
+void EventLoop::forgetChild(pid_t child) {
+    const auto known = children_.find(child);
+    if (known != children_.end()) known->second.ended = nullptr;
+}
+
+bool EventLoop::isIdle() const {
+    return timers_.empty() && retained_ == 0 &&
+           std::ranges::none_of(
+               children_, [](const auto& child) { return static_cast<bool>(child.second.ended); });
+}
+
 void EventLoop::runUntilIdle() {
     while (!isIdle()) step();
 }
@@ -77,7 +88,9 @@ int EventLoop::timeoutMilliseconds() const {
     if (!timers_.empty()) next = timers_.begin()->first.first;
     if (restAt_) next = std::min(next.value_or(Time::max()), *restAt_);
     // Without a handle, when no descriptor is left, a child is asked after now and then.
-    if (std::ranges::any_of(children_, [](const auto& child) { return !child.second.handle; })) {
+    if (std::ranges::any_of(children_, [](const auto& child) {
+            return !child.second.handle && child.second.ended;
+        })) {
         next = std::min(next.value_or(Time::max()), lastAsked_ + kAskingInterval);
     }
     if (!next) return -1;
@@ -111,8 +124,8 @@ void EventLoop::collectChildren(int timeoutMilliseconds) {
 void EventLoop::collect(pid_t child) {
     int status = 0;
     if (!children_.contains(child) || ::waitpid(child, &status, WNOHANG) != child) return;
-    auto entry = children_.extract(child);
-    entry.mapped().ended(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
+    const auto ended = std::move(children_.extract(child).mapped().ended);
+    if (ended) ended(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
 }
 
 }  // namespace ferrivane

@@ -28,10 +28,11 @@ class EventLoop : public MainLoop {
     // Calls `ended` with the exit status of a child of this process (128 + the signal's number when
     // a signal ended it), and collects it. The loop is not idle before that.
     void watchChild(pid_t child, std::function<void(int status)> ended);
-    void forgetChild(pid_t child) { children_.erase(child); }
+    // It is still collected once it has ended, but not waited for.
+    void forgetChild(pid_t child);
 
     // Whether there is nothing to wait for.
-    bool isIdle() const { return timers_.empty() && children_.empty() && retained_ == 0; }
+    bool isIdle() const;
 
     // The loop is not idle between these two.
     void retain() { ++retained_; }
@@ -52,8 +53,8 @@ class EventLoop : public MainLoop {
   private:
     using Time = std::chrono::steady_clock::time_point;
     struct Child {
-        FileDescriptor handle;  // pidfd_open(2)
-        std::function<void(int status)> ended;
+        FileDescriptor handle;                  // pidfd_open(2)
+        std::function<void(int status)> ended;  // empty when it is forgotten
     };
 
     void step();

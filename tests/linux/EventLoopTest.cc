@@ -140,6 +140,18 @@ TEST_F(EventLoopTest, AForgottenChildIsNotWaitedFor) {
     loop.forgetChild(0);
 }
 
+TEST_F(EventLoopTest, AForgottenChildIsCollectedOnceItHasEnded) {
+    const pid_t child = endingWith(5);
+    loop.watchChild(child, noteStatus("child"));
+    loop.forgetChild(child);
+    EXPECT_TRUE(loop.isIdle());
+    ASSERT_TRUE(test::waitUntil([&] { return test::isGone(child); }));
+    loop.after(0ms, note("work"));
+    loop.runUntilIdle();
+    EXPECT_EQ(happened, Names{"work"});
+    EXPECT_EQ(::waitpid(child, nullptr, WNOHANG), -1);
+}
+
 TEST_F(EventLoopTest, AChildThatIsForgottenWhenAnotherEnds) {
     const pid_t first = endingWith(1);
     const pid_t second = endingWith(2);
