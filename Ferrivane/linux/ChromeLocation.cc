@@ -102,6 +102,9 @@ std::optional<ChromeLocation> locate(const DesktopEntries& entries,
                                 .isContained = variant.package != Package::native};
         if (variant.package == Package::native) location.folder = variant.folder;
         location.userDataDirectory = userDataDirectory(variant, location, home, environment);
+        location.hasOwnFolder =
+            variant.package == Package::native &&
+            location.userDataDirectory != nativeFolder(variant.folder, home, environment);
         return location;
     }
     return std::nullopt;

@@ -20,6 +20,7 @@ struct ChromeLocation {
     std::vector<std::string_view> processNames;  // file names of the running browser's executable
     std::string_view folder = {};  // a native one's, by which it calls the directory by default
     bool isContained = false;      // Flatpak or Snap: it must be started through its Exec line
+    bool hasOwnFolder = false;     // so must one whose Exec line names another folder
 };
 
 namespace ChromeLocator {

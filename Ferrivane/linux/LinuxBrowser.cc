@@ -211,8 +211,8 @@ std::expected<pid_t, PlatformError> LinuxBrowser::startRelay(
     const std::filesystem::path& executable, const Arguments& arguments,
     std::function<void(int status)> completion) {
     std::vector<std::string> command{executable.string()};
-    // From outside, a contained browser is reached only by its whole Exec line.
-    if (location_->isContained) command = location_->command;
+    // The executable alone would not find the browser that runs.
+    if (location_->isContained || location_->hasOwnFolder) command = location_->command;
     command.insert(command.end(), arguments.switches.begin(), arguments.switches.end());
     const auto process = spawnDetached(command, arguments.activationToken);
     if (!process) return std::unexpected(cannotStart(command.front(), process.error()));

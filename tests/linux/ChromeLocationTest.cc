@@ -86,6 +86,7 @@ TEST_F(ChromeLocationTest, Variants) {
         EXPECT_EQ(found->userDataDirectory, row.userData);
         EXPECT_EQ(found->processNames, row.processNames);
         EXPECT_EQ(found->isContained, row.package != Package::ofTheSystem);
+        EXPECT_FALSE(found->hasOwnFolder);
     }
 }
 
@@ -148,6 +149,7 @@ TEST_F(ChromeLocationTest, UserDataDirectory) {
         std::string exec;
         std::map<std::string, std::string> environment;
         const char* directory;
+        bool isNamedByEntry = false;
     } rows[] = {
         {"by default", "", {}, "/home/ada/.config/google-chrome"},
         {"the configuration folder", "", {{"XDG_CONFIG_HOME", "/c"}}, "/c/google-chrome"},
@@ -162,10 +164,15 @@ TEST_F(ChromeLocationTest, UserDataDirectory) {
         {"a switch before everything",
          "--user-data-dir=/s %U",
          {{"CHROME_USER_DATA_DIR", "/u"}},
-         "/s"},
-        {"a switch with a blank in its value", "\"--user-data-dir=/my data\" %U", {}, "/my data"},
-        {"a switch in single quotes", "--user-data-dir='/my data' %U", {}, "/my data"},
-        {"the last of two switches", "--user-data-dir=/s --user-data-dir=/t", {}, "/t"},
+         "/s",
+         true},
+        {"a switch with a blank in its value",
+         "\"--user-data-dir=/my data\" %U",
+         {},
+         "/my data",
+         true},
+        {"a switch in single quotes", "--user-data-dir='/my data' %U", {}, "/my data", true},
+        {"the last of two switches", "--user-data-dir=/s --user-data-dir=/t", {}, "/t", true},
         {"a switch without a value", "--user-data-dir= %U", {{"CHROME_USER_DATA_DIR", "/u"}}, "/u"},
         {"a switch with its value in the next word",
          "--user-data-dir /s",
@@ -174,11 +181,13 @@ TEST_F(ChromeLocationTest, UserDataDirectory) {
         {"its own folder by an assignment",
          "env CHROME_USER_DATA_DIR=/e " + chrome,
          {{"CHROME_USER_DATA_DIR", "/u"}},
-         "/e"},
+         "/e",
+         true},
         {"the configuration folder by an assignment",
          "env A=b XDG_CONFIG_HOME=/e " + chrome,
          {{"XDG_CONFIG_HOME", "/c"}},
-         "/e/google-chrome"},
+         "/e/google-chrome",
+         true},
         {"an assignment of less importance",
          "env XDG_CONFIG_HOME=/e " + chrome,
          {{"CHROME_CONFIG_HOME", "/cc"}},
@@ -193,7 +202,9 @@ TEST_F(ChromeLocationTest, UserDataDirectory) {
         const bool isWhole = row.exec.find(chrome) != std::string::npos;
         install("google-chrome", isWhole ? row.exec : chrome + " " + row.exec);
         environment = row.environment;
-        EXPECT_EQ(locate()->userDataDirectory, row.directory);
+        const auto found = locate();
+        EXPECT_EQ(found->userDataDirectory, row.directory);
+        EXPECT_EQ(found->hasOwnFolder, row.isNamedByEntry);
     }
 }
 

@@ -227,13 +227,30 @@ TEST_F(LinuxBrowserLaunch, TheRelaysExitStatus) {
     }
 }
 
-TEST_F(LinuxBrowserLaunch, AContainersRelayIsItsExecLine) {
-    location->command = {chromium, "--from-exec", "--report=" + (dir / "report").string()};
-    location->isContained = true;
-    ASSERT_TRUE(browser.startRelay("/not/this", {.switches = {"link"}, .activationToken = {}},
-                                   [](int status) { EXPECT_EQ(status, 0); }));
-    loop.runUntilIdle();
-    EXPECT_THAT(test::readText(dir / "report"), HasSubstr("argument --from-exec\nargument link\n"));
+TEST_F(LinuxBrowserLaunch, TheRelayIsTheExecLineWhereTheExecutableAloneWouldNotFindTheBrowser) {
+    for (const bool isContained : {true, false}) {
+        SCOPED_TRACE(isContained);
+        const auto report = dir / (isContained ? "contained" : "native");
+        location->command = {chromium, "--from-exec", "--report=" + report.string()};
+        location->isContained = isContained;
+        location->hasOwnFolder = !isContained;
+        ASSERT_TRUE(browser.startRelay("/not/this", {.switches = {"link"}, .activationToken = {}},
+                                       [](int status) { EXPECT_EQ(status, 0); }));
+        loop.runUntilIdle();
+        EXPECT_THAT(test::readText(report), HasSubstr("argument --from-exec\nargument link\n"));
+    }
+}
+
+TEST_F(LinuxBrowserLaunch, ABrowserThatHasEndedLeavesNoProcessBehind) {
+    const auto outcome = launch({chromium, "--sleep=600000", listening()});
+    ASSERT_TRUE(outcome);
+    ::kill(*outcome, SIGTERM);
+    const auto isCollected = [&] {
+        loop.after(0ms, [] {});
+        loop.runUntilIdle();
+        return !Processes::status(*outcome).has_value();
+    };
+    EXPECT_TRUE(test::waitUntil(isCollected));
 }
 
 TEST_F(LinuxBrowserLaunch, AnAbandonedRelayGoesOnAlone) {
