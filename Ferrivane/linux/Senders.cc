@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+#include "Ferrivane/AppInfo.h"
 #include "Ferrivane/linux/AppUnit.h"
 #include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/ExecLine.h"
@@ -40,8 +41,8 @@ constexpr std::array<std::string_view, 14> kSession{
     "cinnamon-sessio", "login",         "sshd",          "xdg-desktop-por",
 };
 
-constexpr std::array<std::string_view, 9> kInterpreters{
-    "python", "perl", "ruby", "node", "gjs", "java", "lua", "php", "tclsh",
+constexpr std::array<std::string_view, 10> kInterpreters{
+    "python", "perl", "ruby", "node", "gjs", "gjs-console", "java", "lua", "php", "tclsh",
 };
 
 template<std::size_t N>
@@ -101,6 +102,8 @@ Opener openerOf(const DesktopEntry& entry) {
 
 std::optional<Opener> fromControlGroup(std::string_view group, const DesktopEntries& entries) {
     for (const std::string& id : AppUnit::candidateIds(group)) {
+        // A desktop that starts each application in a unit of its own does so with this program.
+        if (id == AppInfo::bundleIdentifier) continue;
         if (const auto entry = entries.find(id)) return openerOf(*entry);
     }
     return std::nullopt;

@@ -30,6 +30,7 @@ class SendersProcesses : public ::testing::Test {
     SendersProcesses() {
         copyProgram(SENDER, dir / "bin/chat");
         copyProgram(SENDER, dir / "bin/tool");
+        copyProgram(SENDER, dir / "bin/own");
         writeEntry(applications / "org.example.Chat.desktop", "Chat", dir / "bin/chat");
     }
 
@@ -80,6 +81,7 @@ TEST_F(SendersProcesses, TheControlGroupIsTheWitnessWhereTheParentsTellNothing) 
     writeEntry(applications / "chat_chat.desktop", "Chat in a Snap", dir / "bin/chat");
     writeEntry(applications / "org.example.Box.desktop", "Box", dir / "bin/tool", "X-Flatpak=x");
     writeEntry(applications / "org.example.Gone.desktop", "Hidden=true");
+    writeEntry(applications / "com.hollowmere.ferrivane.desktop", "Ferrivane", dir / "bin/own");
     const std::string slice = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
     const std::string in = applications.string() + "/";
     const struct {
@@ -97,6 +99,8 @@ TEST_F(SendersProcesses, TheControlGroupIsTheWitnessWhereTheParentsTellNothing) 
         {"a Flatpak", slice + "app-flatpak-org.example.Box-1.scope",
          "Box|org.example.Box|" + in + "org.example.Box.desktop"},
         {"one that is not installed", slice + "app-org.example.Unknown-1.scope", "nobody"},
+        {"the unit that a desktop made for this program",
+         slice + "app-com.hollowmere.ferrivane@1f.service", "nobody"},
         {"one that was deleted", slice + "app-org.example.Gone-1.scope", "nobody"},
         {"one with a slash", slice + "app-..\\x2fapplications\\x2forg.example.Chat-1.scope",
          "nobody"},
@@ -172,6 +176,9 @@ TEST_F(SendersProcesses, AStartUpIdThatNamesALiveProcess) {
         EXPECT_EQ(opener(0, "", row.id), row.opener);
     }
     EXPECT_EQ(opener(other.pid(), "", rows[0].id), chat) << "it tells more than a mere program";
+    writeEntry(applications / "com.hollowmere.ferrivane.desktop", "Ferrivane", dir / "bin/own");
+    EXPECT_EQ(opener(0, "/app.slice/app-com.hollowmere.ferrivane@1f.service", rows[0].id), chat)
+        << "and more than a unit of this very program";
     EXPECT_EQ(opener(other.pid(), "", rows[3].id), tool) << "but not when its process is gone";
 }
 

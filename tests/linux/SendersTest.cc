@@ -130,6 +130,8 @@ TEST_F(Senders, AScriptWithAnEntryOfItsOwn) {
     EXPECT_EQ(openerBehind({"sh", "-c", "cd \"$0\" && \"$@\"; exit $?", bin, "perl", "./notes"}),
               notes)
         << "by a relative path";
+    EXPECT_EQ(openerBehind({copyProgram("/usr/bin/perl", bin / "gjs-console"), script}), notes)
+        << "by an interpreter of several words";
 }
 
 TEST_F(Senders, AnInterpretersEntryIsNotItsScripts) {
