@@ -1,5 +1,6 @@
 #include "core/support/SerialQueue.h"
 
+#include <system_error>
 #include <utility>
 
 #include <pthread.h>
@@ -19,20 +20,24 @@ SerialQueue::~SerialQueue() {
 }
 
 void SerialQueue::async(std::function<void()> job) {
-    {
-        const std::lock_guard lock(mutex_);
-        jobs_.push_back(std::move(job));
-        if (!thread_.joinable()) {
-            // Signals belong to the threads that expect them.
-            sigset_t all;
-            sigset_t before;
-            ::sigfillset(&all);
-            ::pthread_sigmask(SIG_SETMASK, &all, &before);
-            thread_ = std::thread([this] { run(); });
-            ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-        }
-    }
+    std::unique_lock lock(mutex_);
+    jobs_.push_back(std::move(job));
+    if (!thread_.joinable()) startThread();
     changed_.notify_all();
+    if (!thread_.joinable() && !running_) runJobs(lock);
+}
+
+// Signals belong to the threads that expect them.
+void SerialQueue::startThread() {
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {  // the user may have no more of them
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 bool SerialQueue::drain(std::chrono::milliseconds limit) {
@@ -43,8 +48,14 @@ bool SerialQueue::drain(std::chrono::milliseconds limit) {
 void SerialQueue::run() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return !jobs_.empty() || ending_; });
+        changed_.wait(lock, [this] { return (!jobs_.empty() && !running_) || ending_; });
         if (jobs_.empty()) return;
+        runJobs(lock);
+    }
+}
+
+void SerialQueue::runJobs(std::unique_lock<std::mutex>& lock) {
+    while (!jobs_.empty()) {
         const std::function<void()> job = std::move(jobs_.front());
         jobs_.pop_front();
         running_ = true;
@@ -52,8 +63,8 @@ void SerialQueue::run() {
         job();
         lock.lock();
         running_ = false;
-        if (jobs_.empty()) changed_.notify_all();
     }
+    changed_.notify_all();
 }
 
 }  // namespace ferrivane

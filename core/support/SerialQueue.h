@@ -23,14 +23,17 @@ class SerialQueue {
 
     const std::string& label() const { return label_; }
 
-    // Returns at once; callable from any thread.
+    // Returns at once; callable from any thread. While the system has no thread left the job is run
+    // before the call returns.
     void async(std::function<void()> job);
 
     // Waits until every job given so far has run; false when that takes longer than `limit`.
     bool drain(std::chrono::milliseconds limit);
 
   private:
+    void startThread();
     void run();
+    void runJobs(std::unique_lock<std::mutex>& lock);
 
     const std::string label_;
     std::mutex mutex_;

@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 
 #include "core/support/SerialQueue.h"
+#include "tests/support/Child.h"
 
 namespace ferrivane {
 namespace {
@@ -73,6 +75,23 @@ TEST(SerialQueue, TheEndWaitsForWhatIsQueued) {
     {
         const SerialQueue unused("test");
     }
+}
+
+TEST(SerialQueue, WhereNoThreadIsLeftTheCallerRunsTheJobs) {
+    const std::string happened = test::inChild([] {
+        test::becomeUnprivileged();
+        const rlimit none{};
+        if (::setrlimit(RLIMIT_NPROC, &none) != 0) return std::string("no limit");
+        std::string done;
+        SerialQueue queue("test");
+        queue.async([&] {
+            queue.async([&] { done += "second "; });
+            done += "first ";
+        });
+        queue.async([&] { done += "third "; });
+        return done + (queue.drain(milliseconds(0)) ? "drained" : "not drained");
+    });
+    EXPECT_EQ(happened, "first second third drained");
 }
 
 TEST(SerialQueue, ItsThreadTakesNoSignals) {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <stop_token>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -32,22 +33,32 @@ bool hasBus() {
            S_ISSOCK(bus.st_mode) && bus.st_uid == ::geteuid();
 }
 
-// The library itself would wait for ever for a bus that takes the connection and says nothing.
+// The library itself would wait for ever for a bus that takes the connection and says nothing, and
+// end the process where it finds no thread.
 ObjectPointer<GDBusConnection> connectInTime(
     const std::function<GDBusConnection*(GCancellable*)>& connect) {
     const ObjectPointer<GCancellable> attempt(g_cancellable_new());
-    const std::jthread watch([&](const std::stop_token& connected) {
+    const auto cancelInTime = [&](const std::stop_token& connected) {
         std::mutex mutex;
         std::unique_lock lock(mutex);
         std::condition_variable_any().wait_for(
             lock, connected, std::chrono::milliseconds(kTimeoutMilliseconds), [] { return false; });
         if (!connected.stop_requested()) g_cancellable_cancel(attempt.get());
-    });
+    };
+    std::jthread watch;
+    try {
+        watch = std::jthread(cancelInTime);
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
     return ObjectPointer<GDBusConnection>(connect(attempt.get()));
 }
 
-// The process that leads a session and those that it has started in it, as far as they are alive.
-std::vector<guint32> sessionOf(pid_t leader) {
+// The processes of a process's session, which is not ours, as far as they are alive: a browser may
+// have been started by a script that still runs.
+std::vector<guint32> sessionOf(pid_t member) {
+    const pid_t leader = ::getsid(member);
+    if (leader == ::getsid(0)) return {static_cast<guint32>(member)};
     std::vector<guint32> members;
     std::error_code error;
     for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
