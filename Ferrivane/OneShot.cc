@@ -1,6 +1,5 @@
 #include "Ferrivane/OneShot.h"
 
-#include <chrono>
 #include <utility>
 
 #include "Ferrivane/FirstRun.h"
@@ -10,7 +9,6 @@ namespace ferrivane {
 
 int routeAndExit(const Platform& platform, Log& log, const std::vector<std::string>& links,
                  const std::filesystem::path& rulesFile) {
-    constexpr std::chrono::seconds kFlushLimit{2};
     FirstRun::ensureConfig(log, rulesFile);
 
     bool allOpened = true;
@@ -24,11 +22,11 @@ int routeAndExit(const Platform& platform, Log& log, const std::vector<std::stri
                   [&allOpened](bool opened) { allOpened = allOpened && opened; });
     }
     queue.whenIdle([&] {
-        log.flush(kFlushLimit);
+        log.flush();
         platform.caller.release(status());
     });
     platform.mainLoop.runUntilIdle();
-    log.flush(kFlushLimit);
+    log.flush();
     return status();
 }
 

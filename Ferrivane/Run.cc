@@ -1,7 +1,6 @@
 #include "Ferrivane/Run.h"
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <iostream>
 
@@ -34,8 +33,7 @@ int runApplication(const Platform& platform, Log& log, bool agentMode, bool show
                                .activationToken = platform.activationToken});
     }
     platform.mainLoop.run();
-    constexpr std::chrono::seconds kFlushLimit{2};
-    log.flush(kFlushLimit);
+    log.flush();
     return 0;
 }
 

@@ -32,8 +32,11 @@ class Log {
     void warn(std::string message) { write("WARN", std::move(message)); }
     void error(std::string message) { write("ERROR", std::move(message)); }
 
-    // Waits until everything logged so far is in the file; false when that takes longer.
-    bool flush(std::chrono::milliseconds limit) { return queue.drain(limit); }
+    // Waits until everything logged so far is in the file; false when that takes longer. The limit
+    // is what the end of a process may take.
+    bool flush(std::chrono::milliseconds limit = std::chrono::seconds(2)) {
+        return queue.drain(limit);
+    }
 
     const std::filesystem::path fileURL;
     // Whether each line also goes to standard error. Set it before the first line.

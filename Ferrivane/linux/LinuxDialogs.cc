@@ -5,6 +5,7 @@
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Restart.h"
 #include "Ferrivane/linux/Toolkit.h"
+#include "core/Log.h"
 
 namespace ferrivane {
 
@@ -43,6 +44,7 @@ void LinuxDialogs::restartWhenIdle() {
         if (DesktopServices* services = desktopServices()) services->stopServing();
     }
     if (loop_.isIdle()) {
+        Log::shared().flush();
         Restart::run(alerts_);
         // Without its name nobody reaches this process any more; the bus will start another one.
         alerts_.clear();

@@ -73,8 +73,7 @@ std::optional<pid_t> senderOf(NSAppleEventDescriptor* event) {
 
 // AppKit ends the process: nothing behind the main loop is reached.
 - (void)applicationWillTerminate:(NSNotification*)notification {
-    constexpr std::chrono::seconds kFlushLimit{2};
-    Log::shared().flush(kFlushLimit);
+    Log::shared().flush();
 }
 
 - (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
