@@ -127,7 +127,10 @@ std::optional<std::string> AppDelegate::refusal(const std::string& url) const {
     if (url.size() > longestLink) {
         return "refused a link of " + std::to_string(url.size()) + " bytes";
     }
-    if (ChromeLauncher::isSwitch(url)) return "refused a link that Chrome would take for a switch";
+    // A caller on the bus hears of it. Where nobody does, the launcher refuses it with an alert.
+    if (platform_.desktop == Desktop::freedesktop && ChromeLauncher::isSwitch(url)) {
+        return "refused a link that Chrome would take for a switch";
+    }
     if (queue_.count() >= mostLinksWaiting || queue_.bytes() + url.size() > mostBytesWaiting) {
         return "refused a link: " + std::to_string(queue_.count()) + " are waiting already";
     }

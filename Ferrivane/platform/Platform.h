@@ -23,7 +23,8 @@ namespace ferrivane {
 enum class Desktop { macOS, freedesktop };
 
 struct Platform {
-    Desktop desktop;  // chooses the wording of the few texts that name the desktop
+    Desktop
+        desktop;  // chooses the few texts that name the desktop, and what is refused at the door
     MainLoop& mainLoop;
     Applications& applications;
     Browser& browser;

@@ -158,6 +158,16 @@ TEST_F(AppDelegateLinks, ATextThatIsASwitchIsRefusedAtTheDoor) {
     EXPECT_TRUE(fake.calls.empty());
 }
 
+TEST_F(AppDelegateLinks, WhereNoCallerHearsOfItASwitchIsRefusedWithAnAlert) {
+    fake.desktop = Desktop::macOS;
+    AppDelegate onMac(fake.platform(), log, true, rulesFile);
+    EXPECT_TRUE(onMac.handleGetURL({.urls = {" --x"}}));
+    fake.mainLoop.runUntilIdle();
+    EXPECT_EQ(fake.calls.count("browser.launch"), 0U);
+    EXPECT_EQ(fake.calls.count("dialogs.showLaunchFailure"), 1U);
+    EXPECT_EQ(newLogLines().back(), "[ERROR]   Chrome launch failed: not a URL:  --x");
+}
+
 TEST_F(AppDelegateLinks, ALinkOfMoreThanAMegabyteIsRefused) {
     const std::string longest(AppDelegate::longestLink, 'x');
     EXPECT_TRUE(app.handleGetURL({.urls = {longest}}));
