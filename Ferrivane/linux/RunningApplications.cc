@@ -66,6 +66,11 @@ std::vector<pid_t> fromUnits() {
     return processes;
 }
 
+bool isShown(const Opener& application, const DesktopEntries& entries) {
+    const auto entry = entries.find(application.bundleId.value_or(""));
+    return !entry || entry->isVisible;
+}
+
 }  // namespace
 
 std::vector<Applications::Running> current(const DesktopEntries& registry) {
@@ -73,6 +78,7 @@ std::vector<Applications::Running> current(const DesktopEntries& registry) {
     DesktopServices* const services = desktopServices();
     std::vector<pid_t> processes =
         services != nullptr ? services->windowProcesses() : std::vector<pid_t>();
+    const std::set<pid_t> withWindow(processes.begin(), processes.end());
     std::ranges::copy(fromUnits(), std::back_inserter(processes));
 
     std::set<pid_t> seen;
@@ -82,6 +88,8 @@ std::vector<Applications::Running> current(const DesktopEntries& registry) {
         if (isOwn(process) || !seen.insert(process).second) continue;
         const auto application = Senders::application(process, entries);
         if (!application) continue;
+        // A service of the desktop has a unit and an entry too, which no menu shows.
+        if (!withWindow.contains(process) && !isShown(*application, entries)) continue;
         const auto same = std::ranges::find_if(result, [&](const Applications::Running& known) {
             return known.bundleId == application->bundleId && known.path == application->path;
         });
