@@ -9,7 +9,7 @@ namespace {
 DesktopServices* load() {
     using Create = DesktopServices* (*)();
     const auto create =
-        reinterpret_cast<Create>(Modules::load(Modules::kDesktop, "ferrivane_desktop_services"));
+        reinterpret_cast<Create>(Modules::load(Modules::desktop(), "ferrivane_desktop_services"));
     return create != nullptr ? create() : nullptr;
 }
 

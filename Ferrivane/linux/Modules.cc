@@ -6,8 +6,24 @@
 #include <unistd.h>
 
 #include "Ferrivane/linux/Processes.h"
+#include "Ferrivane/linux/Version.h"
 
 namespace ferrivane::Modules {
+namespace {
+
+std::string ofThisVersion(const std::string& name) {
+    return name + "-" + std::string(buildVersion()) + ".so";
+}
+
+}  // namespace
+
+std::string desktop() {
+    return ofThisVersion("ferrivane-desktop");
+}
+
+std::string windows() {
+    return ofThisVersion("ferrivane-ui");
+}
 
 std::optional<std::filesystem::path> find(const std::string& fileName) {
     const auto folder = Processes::executable(::getpid()).value_or("/").parent_path();

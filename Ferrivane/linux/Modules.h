@@ -1,5 +1,6 @@
 // The shared objects that are loaded only when needed. They lie beside the executable in a build
-// folder, and in a library folder of their own once installed.
+// folder, and in a library folder of their own once installed. A process that outlives an upgrade
+// must not load those of the next version, so their names hold it.
 #pragma once
 
 #include <filesystem>
@@ -8,7 +9,9 @@
 
 namespace ferrivane::Modules {
 
-inline constexpr const char* kDesktop = "ferrivane-desktop.so";
+// The file names of this version's.
+std::string desktop();
+std::string windows();
 
 // Where a module is installed.
 std::optional<std::filesystem::path> find(const std::string& fileName);

@@ -44,7 +44,7 @@ bool isDue() {
     const std::string running = std::filesystem::read_symlink("/proc/self/exe", error);
     const auto executable = Processes::executable(::getpid());
     return running.ends_with(" (deleted)") && executable &&
-           ::access(executable->c_str(), X_OK) == 0 && !Modules::find(toolkitModule());
+           ::access(executable->c_str(), X_OK) == 0 && !Modules::find(Modules::windows());
 }
 
 void run(const std::deque<LaunchFailureAlert>& alerts) {

@@ -59,8 +59,8 @@ std::expected<Toolkit*, std::string> toolkit(EventLoop& loop) {
     if (reachable.empty()) return std::unexpected("no display");
     using Create = Toolkit* (*)(const char* platforms);
     const auto create =
-        reinterpret_cast<Create>(Modules::load(toolkitModule(), "ferrivane_toolkit"));
-    if (create == nullptr) return std::unexpected(toolkitModule() + " is missing");
+        reinterpret_cast<Create>(Modules::load(Modules::windows(), "ferrivane_toolkit"));
+    if (create == nullptr) return std::unexpected(Modules::windows() + " is missing");
     attachTo(*services, loop);
     loaded = create(reachable.c_str());
     if (loaded == nullptr) return std::unexpected("no plugin of the toolkit for this display");
@@ -74,10 +74,6 @@ void bringToFrontSoon(EventLoop& loop) {
             services->activateTopmostWindow(::getpid());
         }
     });
-}
-
-std::string toolkitModule() {
-    return "ferrivane-ui-" + std::string(buildVersion()) + ".so";
 }
 
 }  // namespace ferrivane

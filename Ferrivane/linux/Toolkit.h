@@ -50,7 +50,4 @@ std::expected<Toolkit*, std::string> toolkit(EventLoop& loop);
 // again once the window is there.
 void bringToFrontSoon(EventLoop& loop);
 
-// The module's file name. It holds the version: a program loads what was built with it, or nothing.
-std::string toolkitModule();
-
 }  // namespace ferrivane

@@ -43,7 +43,7 @@ class DefaultBrowser(ProgramCase):
     def install(self, prefix):
         for folder in ("bin", "lib/ferrivane"):
             (prefix / folder).mkdir(parents=True)
-        shutil.copy(PROGRAM.with_name("ferrivane-desktop.so"), prefix / "lib/ferrivane")
+        shutil.copy(*PROGRAM.parent.glob("ferrivane-desktop-*.so"), prefix / "lib/ferrivane")
         return Path(shutil.copy(PROGRAM, prefix / "bin"))
 
     def ask(self, option, env=None, before=()):

@@ -50,7 +50,7 @@ class Parts(AgentCase):
     def test_parts_are_loaded_from_beside_the_program_alone(self):
         elsewhere = self.root / "elsewhere"
         elsewhere.mkdir()
-        parts = ("ferrivane-desktop.so", f"ferrivane-ui-{os.environ['FERRIVANE_VERSION']}.so")
+        parts = [f"ferrivane-{part}-{os.environ['FERRIVANE_VERSION']}.so" for part in ("desktop", "ui")]
         for name in parts:
             (elsewhere / name).write_text("planted")
         trace = self.root / "trace"

@@ -4,6 +4,7 @@
 #include "Ferrivane/AppInfo.h"
 #include "Ferrivane/ChromeLauncher.h"
 #include "Ferrivane/linux/LinuxApplications.h"
+#include "Ferrivane/linux/Modules.h"
 #include "Ferrivane/linux/Processes.h"
 #include "tests/linux/Entries.h"
 #include "tests/linux/Program.h"
@@ -187,10 +188,9 @@ TEST_F(LinuxApplicationsTest, WithoutItsModuleTheDesktopTellsNothing) {
     for (const auto& [question, answer] :
          {std::pair("handler", "nothing\n"), std::pair("owner", "nobody\n"),
           std::pair("front", "unknown\n"), std::pair("scope", "no module\n")}) {
-        EXPECT_EQ(
-            test::outputOf({"sh", "-c", "\"$@\" 2>&1", "sh", alone, question, "1"},
-                           {{"DISPLAY", ":65000"}}),
-            std::string("Ferrivane: cannot load ferrivane-desktop.so: not installed\n") + answer);
+        EXPECT_EQ(test::outputOf({"sh", "-c", "\"$@\" 2>&1", "sh", alone, question, "1"},
+                                 {{"DISPLAY", ":65000"}}),
+                  "Ferrivane: cannot load " + Modules::desktop() + ": not installed\n" + answer);
     }
 }
 

@@ -1,4 +1,5 @@
 // The applications that run, by the control groups of their units: real ones.
+#include "Ferrivane/linux/Modules.h"
 #include "tests/linux/ControlGroup.h"
 #include "tests/linux/RunningCase.h"
 
@@ -36,6 +37,22 @@ TEST_F(RunningUnitsTest, AnApplicationInAUnitOfItsOwnNeedsNoWindow) {
     ASSERT_EQ(younger.readLine(), "shown");
     EXPECT_TRUE(becomes(both)) << "still by its oldest process";
     EXPECT_EQ(running({{"DISPLAY", std::nullopt}}), both + "\n");
+}
+
+TEST_F(RunningUnitsTest, WhatNoMenuShowsIsListedOnlyForItsWindow) {
+    const test::ControlGroup unit("app-" + idOf("Daemon") + "@autostart.service");
+    const test::ControlGroup other("app-" + idOf("Chat") + "-1.scope");
+    ASSERT_TRUE(unit.isThere() && other.isThere()) << kNoGroup;
+    const std::string path = windowed("Daemon");
+    writeEntry(entryOf("Daemon"), "Daemon", path, "NoDisplay=true");
+    const std::string chat = windowed("Chat");
+    const Program daemon(unit.running({path}), variables());
+    const Program application(other.running({chat}), variables());
+    const std::string shown = line("Chat", chat, application.pid());
+    ASSERT_TRUE(becomes(shown));
+    Program window(unit.running({path, "Window"}), variables());
+    ASSERT_EQ(window.readLine(), "shown");
+    EXPECT_TRUE(test::waitUntil([&] { return running().find("Daemon|") != std::string::npos; }));
 }
 
 TEST_F(RunningUnitsTest, WhatATerminalRunsIsTheTerminals) {
@@ -117,9 +134,9 @@ TEST_F(RunningUnitsTest, ThisVeryProgramIsNeverListed) {
 
     std::filesystem::remove(program);
     copyProgram(ADAPTER_PROBE, program);
-    std::filesystem::create_symlink(
-        std::filesystem::path(ADAPTER_PROBE).parent_path() / "ferrivane-desktop.so",
-        dir / "bin/ferrivane-desktop.so");
+    const std::string module = Modules::desktop();
+    std::filesystem::create_symlink(std::filesystem::path(ADAPTER_PROBE).parent_path() / module,
+                                    dir / "bin" / module);
     EXPECT_EQ(running({}, program), rest + "\n");
 }
 

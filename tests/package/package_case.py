@@ -34,7 +34,7 @@ FILES = {
     f"share/metainfo/{ID}.metainfo.xml",
     "share/zsh/site-functions/_Ferrivane",
 }
-MODULES = {"ferrivane-desktop.so", f"ferrivane-ui-{VERSION}.so"}
+MODULES = {f"ferrivane-desktop-{VERSION}.so", f"ferrivane-ui-{VERSION}.so"}
 
 
 def files_below(folder):
