@@ -77,9 +77,12 @@ class Accessibility(AgentCase):
 
     def wait_for_rules(self, *rules):
         try:
-            wait_until(lambda: self.rules() == [*rules], 10, "the rules")
+            wait_until(lambda: self.rules() == [*rules], LONG, "the rules")
         except AssertionError:
             self.assertEqual(self.rules(), [*rules])
+
+    def wait_for_rows(self, number):
+        wait_until(lambda: len(self.items("list item")) == number, LONG, f"{number} rows")
 
     def test_whatever_takes_the_focus_says_what_it_is(self):
         self.show_settings()
@@ -122,7 +125,7 @@ class Accessibility(AgentCase):
     def test_added_rule_waits_for_its_text(self):
         self.show_settings()
         self.press("Add rule")
-        wait_until(lambda: self.focused() == [("text", "Text to match, rule 4")], 10, "focus in the new field")
+        wait_until(lambda: self.focused() == [("text", "Text to match, rule 4")], LONG, "focus in the new field")
         self.wait_for_rules(*RULES, ("url", "", "Home"))
         self.type("Text to match, rule 4", "new.example/ä")
         self.wait_for_rules(*RULES, ("url", "new.example/ä", "Home"))
@@ -144,20 +147,22 @@ class Accessibility(AgentCase):
         self.show_settings()
         self.press("Remove rule, rule 2")
         self.wait_for_rules(RULES[0], RULES[2])
-        wait_until(lambda: len(self.items("list item")) == 2, 10, "end of the row")
+        self.wait_for_rows(2)
         self.assertEqual(self.text("Text to match, rule 2"), "Mail")
-        for _ in range(2):
-            self.press("Remove rule, rule 1")
+        self.press("Remove rule, rule 1")
+        self.wait_for_rules(RULES[2])
+        self.wait_for_rows(1)
+        self.press("Remove rule, rule 1")
         self.wait_for_rules()
         wait_until(lambda: "No rules yet: every link opens in the default profile." in
-                   [item["name"] for item in self.items("label")], 10, "the line in place of the rules")
+                   [item["name"] for item in self.items("label")], LONG, "the line in place of the rules")
 
     def test_kind_and_profile_are_chosen_from_an_opened_menu(self):
         self.show_settings()
         for name, keys, changed in (("Kind, rule 1", ("Down", "Return"), ("host", "example.com/team", "Work")),
                                     ("Profile, rule 1", ("Home", "Return"), ("host", "example.com/team", "Default"))):
             self.press(name, "combo box", "ShowMenu")
-            wait_until(lambda: self.is_open(name), 10, f"the choices of {name}")
+            wait_until(lambda: self.is_open(name), LONG, f"the choices of {name}")
             self.display.press(*keys)
             self.wait_for_rules(changed, *RULES[1:])
 
@@ -168,14 +173,14 @@ class Accessibility(AgentCase):
                              ("https://a.example/", "→ Home [Default]   (no rule matched, default)"),
                              (" ", NO_LINK)):
             self.type("Link to try", link)
-            wait_until(lambda: result in [item["name"] for item in self.items("label")], 10, result)
+            wait_until(lambda: result in [item["name"] for item in self.items("label")], LONG, result)
 
     def test_icon_is_chosen(self):
         self.show_settings()
         preferences = self.root / "config/ferrivane/preferences.ini"
         for chosen in ("true", "false"):
             self.press("Show icon in the menu bar", "check box", "Toggle")
-            wait_until(lambda: f"\nshowMenuBarIcon={chosen}\n" in preferences.read_text(), 10, chosen)
+            wait_until(lambda: f"\nshowMenuBarIcon={chosen}\n" in preferences.read_text(), LONG, chosen)
             box, = self.items("check box")
             self.assertEqual("checked" in box["states"], chosen == "true")
             entry = self.root / "config/autostart/com.hollowmere.ferrivane.desktop"

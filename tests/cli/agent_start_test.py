@@ -59,9 +59,9 @@ class AgentStart(AgentCase):
         self.end(first)
 
     def test_start_that_brings_a_link_shows_no_settings(self):
-        first = self.start()
         browser = self.start_browser()
         caller = self.caller()
+        first = self.start()
         wait_until(caller.owner, LONG, "the application on the bus")
         self.assertEqual(caller.open("https://a/").error, "")
         self.assertEqual(browser.arguments()[-1], b"https://a/")
@@ -210,10 +210,11 @@ class AgentWithoutDisplay(AgentCase):
     def test_start_by_the_person(self):
         for env in ({}, {"DISPLAY": ""}, NO_BUS):
             with self.subTest(env):
-                child = self.start(env=env)
-                time.sleep(1.3)
+                child = self.start(env=env, bufsize=0)
+                self.assertEqual(child.stderr.readline().decode(), self.refusal())
+                time.sleep(0.3)
                 self.assertIsNone(child.poll())
-                self.assertEqual(self.end(child).err, self.refusal())
+                self.assertEqual(self.end(child).err, "")
 
 
 if __name__ == "__main__":

@@ -17,10 +17,9 @@ from pathlib import Path
 from typing import NamedTuple
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
-from processes import Processes, shorten, wait_until  # noqa: E402
+from processes import LONG, Processes, shorten, wait_until  # noqa: E402
 
 PROGRAM = Path(os.environ["FERRIVANE"]).resolve()
-LONG = 120  # seconds, for what never takes long unless something is broken
 
 
 class Ran(NamedTuple):

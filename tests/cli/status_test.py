@@ -117,12 +117,17 @@ Profiles:
                 self.write_entry(OWN_ID, command, more)
                 self.assertEqual(self.report()[0], expected)
 
+    @staticmethod
+    def listens(path):
+        with socket.socket(socket.AF_UNIX) as probe:
+            return probe.connect_ex(str(path)) == 0
+
     @contextlib.contextmanager
     def bus(self, path):
         daemon = self.processes.start(["dbus-daemon", "--session", "--nofork", f"--address=unix:path={path}"],
                                       stderr=subprocess.DEVNULL)
         try:
-            wait_until(path.exists, LONG, "a bus")
+            wait_until(lambda: self.listens(path), LONG, "a bus")
             yield {"DBUS_SESSION_BUS_ADDRESS": f"unix:path={path}"}
         finally:
             daemon.terminate()

@@ -5,7 +5,7 @@ import os
 import signal
 from pathlib import Path
 
-from browser_case import HOME, PLAY, SHOP, WORK, BrowserCase, main, wait_until
+from browser_case import HOME, LONG, PLAY, SHOP, WORK, BrowserCase, main, wait_until
 
 LAUNCHED = r"\n\S+ \S+ \[INFO\]   launched Chrome \(pid {}\) \(\d+ ms\)\n"
 
@@ -65,7 +65,7 @@ class NotRunning(BrowserCase):
             links = self.link(f"/work/{attempt}"), self.link(f"/play/{attempt}")
             children = [self.desktop.start(link) for link in links]
             for child in children:
-                _, err = child.communicate(timeout=30)
+                _, err = child.communicate(timeout=LONG)
                 self.assertEqual((child.returncode, err), (0, b""), self.desktop.log())
             for link, profile in zip(links, (WORK, PLAY)):
                 self.assert_fetched(link, profile, settle=0.3)

@@ -13,7 +13,7 @@ FULL = os.environ.get("SOAK") == "full"
 _LINE = re.compile(r"(\S+ \S+) \[(\w+)\] (.*)")
 _OPENED = re.compile(r"  (handed to running|launched) Chrome \(pid (\d+)\)(.*) \((\d+) ms\)")
 # Seconds. The agent gives memory back after two without work; what it has open is closed after less.
-_REST = 2.3 if FULL else 0.8
+_REST = 3 if FULL else 0.8
 
 
 class Link:

@@ -52,9 +52,18 @@ ln -sfn s SingletonSocket
         self.env["XDG_CONFIG_HOME"] = str(self.root / "c")
         return chrome
 
+    def slow_down(self):
+        """From now on the script looks twice a second, and so gives up after half a minute."""
+        path = self.root / "slow/sleep"
+        path.parent.mkdir()
+        path.write_text("#!/bin/sh\nexec /bin/sleep 0.5\n")
+        path.chmod(0o755)
+        self.env["PATH"] = f"{path.parent}:{self.env['PATH']}"
+
     def test_launch_ends_once_chrome_has_its_lock_and_socket(self):
+        self.slow_down()
         for shell in self.each_shell():
-            chrome = self.browser("exec sleep 60")
+            chrome = self.browser("exec /bin/sleep 60")
             (self.root / "c/chromium").mkdir(parents=True, exist_ok=True)
             lock = self.root / "c/chromium/SingletonLock"
             lock.unlink(missing_ok=True)
@@ -62,7 +71,7 @@ ln -sfn s SingletonSocket
             (self.root / "c/chromium/s").unlink(missing_ok=True)
             started = time.monotonic()
             self.assertEqual(self.run_script("launch", chrome, LINK, shell=shell), (0, ""))
-            self.assertLess(time.monotonic() - started, 2.5)
+            self.assertLess(time.monotonic() - started, 25)
             pid = self.note_of(chrome, "pid")
             self.assertEqual(os.readlink(lock), f"host-{pid}")
             os.kill(int(pid), 9)

@@ -13,7 +13,7 @@ import pyatspi
 NAME = "Ferrivane"
 STATES = {name: getattr(pyatspi, f"STATE_{name.upper()}") for name in (
     "checked", "expanded", "focusable", "focused")}
-SECONDS = 10
+SECONDS = 60
 
 
 def application():
@@ -54,15 +54,25 @@ def walk(item, path=()):
                 yield from walk(child, (*path, child.name or child.getRoleName()))
 
 
+def again(look):
+    """Once more after an error: a row may have gone meanwhile."""
+    try:
+        return look()
+    except Exception:
+        return look()
+
+
 def everything():
-    return [described(item, path) for item, path in walk(application())]
+    return again(lambda: [described(item, path) for item, path in walk(application())])
 
 
 def find(role, name):
-    for item, _ in walk(application()):
-        if item.getRoleName() == role and name in (item.name, item.description):
-            return item
-    raise LookupError(f"no {role} {name!r}")
+    def look():
+        for item, _ in walk(application()):
+            if item.getRoleName() == role and name in (item.name, item.description):
+                return item
+        raise LookupError(f"no {role} {name!r}")
+    return again(look)
 
 
 def act(role, name, action):
@@ -80,6 +90,7 @@ def insert(role, name, place, text):
 
 
 def main():
+    pyatspi.setTimeout(SECONDS * 1000, SECONDS * 1000)  # else 0.8 s for each call
     operations = {"everything": everything, "act": act, "type": type_text, "insert": insert}
     for line in sys.stdin:
         operation, *arguments = json.loads(line)

@@ -21,7 +21,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 from display import Display, program
-from processes import Processes, shorten, wait_until
+from processes import LONG, Processes, shorten, wait_until
 from session_bus import APPLICATION, SessionBus, write_description
 from webserver import HOME, PLAY, PROFILES, SHOP, WORK, Profile, WebServer  # noqa: F401
 
@@ -71,7 +71,8 @@ class Desktop:
         self.server = WebServer()
         self._undo.callback(self.server.server_close)
         self._undo.callback(self.server.shutdown)
-        self.env["DISPLAY"] = display or Display(self.processes, size).name
+        self.display = None if display else Display(self.processes, size)
+        self.env["DISPLAY"] = display or self.display.name
 
     def close(self):
         """Ends every process and removes every file. Again: nothing."""
@@ -182,15 +183,15 @@ class Desktop:
         return self.processes.start([*through, self.ferrivane, *operands], cwd=cwd,
                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
-    def send(self, *operands, through=(), cwd="/", seconds=30):
+    def send(self, *operands, through=(), cwd="/"):
         before, started = self.log(), time.monotonic()
         child = self.start(*operands, through=through, cwd=cwd)
         try:
-            out, err = child.communicate(timeout=seconds)
+            out, err = child.communicate(timeout=LONG)
         except subprocess.TimeoutExpired:
             child.kill()
             raise AssertionError(
-                f"still running after {seconds} s: {shorten(child.args)}; log:\n"
+                f"still running after {LONG} s: {shorten(child.args)}; log:\n"
                 f"{shorten(self.log()[len(before):], 2000)}") from None
         return Sent(child.returncode, out.decode(errors="replace"), err.decode(errors="replace"),
                     time.monotonic() - started, self.log()[len(before):])
@@ -250,8 +251,11 @@ class Desktop:
         with output.open("w") as file:
             self.processes.start([self.browser_command], cwd=self.root, stdout=file, stderr=file)
         try:
-            wait_until(lambda: all(self.server.fetched(self.start_page(p)) for p in loaded), 20,
+            wait_until(lambda: all(self.server.fetched(self.start_page(p)) for p in loaded), LONG,
                        "the start pages of the browser's profiles")
+            if self.display:  # a page may be there before its window
+                wait_until(lambda: len(self.display.windows(self.browser())) >= len(loaded), LONG,
+                           "the windows of the browser's profiles")
         except AssertionError as error:
             raise RuntimeError(f"{error}\n{output.read_text(errors='replace')[-2000:]}") from None
         return self.browser()
@@ -277,9 +281,9 @@ class Desktop:
 
     def stop_browsers(self, number=signal.SIGTERM):
         """Its singleton links stay behind."""
-        self.processes.end(self.browsers(), number, 10)
-        wait_until(lambda: not self.processes.running(self.binary), 10, "end of the browser's helpers")
+        self.processes.end(self.browsers(), number)
+        wait_until(lambda: not self.processes.running(self.binary), LONG, "end of the browser's helpers")
 
     def screenshot(self, path, window="root"):
         subprocess.run([program("import", "imagemagick"), "-window", window, path], env=self.env,
-                       check=True, timeout=20)
+                       check=True, timeout=LONG)

@@ -9,6 +9,9 @@ import time
 from pathlib import Path
 
 
+LONG = 120  # seconds, for what never takes long unless something is broken
+
+
 def wait_until(condition, seconds, what):
     """The first true value of `condition`; an error that names `what` when none came in time."""
     end = time.monotonic() + seconds
@@ -78,7 +81,7 @@ class Processes:
                 return os.readlink(f"/proc/{pid}/exe").removesuffix(" (deleted)") == str(executable)
         return sorted(filter(runs, self.all()))
 
-    def end(self, pids, number=signal.SIGTERM, seconds=5):
+    def end(self, pids, number=signal.SIGTERM, seconds=LONG):
         pids = set(pids)
         for pid in pids:
             with contextlib.suppress(ProcessLookupError):
