@@ -154,10 +154,12 @@ class TrayIcon(TrayCase):
         watcher = self.start_watcher()
         agent = self.start_agent()
         self.properties(self.registered(watcher), ITEM)
-        time.sleep(3)  # what is left to do, and the memory given back
-        before = switches(agent.pid)
-        time.sleep(3)
-        self.assertEqual(switches(agent.pid), before)
+
+        def has_slept():  # after what is left to do, and after the memory is given back
+            before = switches(agent.pid)
+            time.sleep(3)
+            return switches(agent.pid) == before
+        wait_until(has_slept, LONG, "three seconds of sleep")
 
     def test_icon_that_is_taken_away_leaves_the_panel_and_can_come_back(self):
         probe = Lines(self, os.environ["ICON_PROBE"])

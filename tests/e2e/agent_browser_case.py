@@ -2,7 +2,7 @@
 
 import subprocess
 
-from browser_case import BrowserCase, wait_until
+from browser_case import LONG, BrowserCase, wait_until
 
 BUS_CALL = ["gdbus", "call", "--session", "--dest", "com.hollowmere.ferrivane", "--object-path",
             "/com/hollowmere/ferrivane", "--method", "org.freedesktop.Application.Open"]
@@ -33,7 +33,7 @@ class AgentBrowserCase(BrowserCase):
             agent = caller.owner()
             if agent:
                 self.desktop.processes.end([agent])
-            wait_until(lambda: not caller.owner(), 10, "end of the agent")
+            wait_until(lambda: not caller.owner(), LONG, "end of the agent")
 
     def agent(self):
         """The agent's pid, or none."""
@@ -43,13 +43,13 @@ class AgentBrowserCase(BrowserCase):
     def start_agent(self):
         agent = self.desktop.processes.start([self.program, "--agent"], stdout=subprocess.DEVNULL,
                                              stderr=subprocess.DEVNULL)
-        wait_until(lambda: self.agent() == agent.pid, 10, "an agent")
+        wait_until(lambda: self.agent() == agent.pid, LONG, "an agent")
         return agent.pid
 
     def run_command(self, *command, env=None, status=0):
         child = self.desktop.processes.start(command, env=self.desktop.env | (env or {}),
                                              stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        out, err = child.communicate(timeout=30)
+        out, err = child.communicate(timeout=LONG)
         if status is not None:
             self.assertEqual(child.returncode, status, (command, out, err))
         return child
@@ -61,4 +61,4 @@ class AgentBrowserCase(BrowserCase):
         def line():
             lines = [line for line in self.desktop.log()[before:].splitlines() if f"://{host}/… from " in line]
             return lines[-1] if lines else None
-        return wait_until(line, 10, f"{link} in the log").partition(" from ")[2].partition(" → ")[0]
+        return wait_until(line, LONG, f"{link} in the log").partition(" from ")[2].partition(" → ")[0]

@@ -6,7 +6,7 @@ import time
 from pathlib import Path
 
 from agent_browser_case import AgentBrowserCase, bus_call
-from browser_case import PLAY, WORK, main, wait_until
+from browser_case import PLAY, WORK, main
 
 REFUSED = "org.freedesktop.DBus.Error.InvalidArgs"
 
@@ -31,21 +31,14 @@ class Many(AgentBrowserCase):
                      for caller, (link, _) in zip([first, second, second] * 14, links)]
             self.assertEqual({caller.reply(call).error for caller, call in calls}, {""})
         self.note("every call is answered")
-        for link, profile in links:
-            self.assert_fetched(link, profile, seconds=30)
-        self.note("every link has arrived")
-        for link, profile in links:
-            self.assert_fetched(link, profile)
-        # A browser may be faster than whoever notes that it has answered.
-        wait_until(lambda: self.desktop.log()[before:].count(" over its singleton socket (") == 40, 5,
-                   f"forty links over the socket; log:\n{self.desktop.log()[before:]}")
+        self.assert_all_arrive(links, before)
 
     def test_links_of_one_call_arrive_in_their_profiles(self):
         links = self.links_to_both(5)
+        before = len(self.desktop.log())
         with self.desktop.bus.connect() as caller:
             self.assertEqual(caller.open(*[link for link, _ in links]).error, "")
-        for link, profile in links:
-            self.assert_fetched(link, profile)
+        self.assert_all_arrive(links, before)
 
     def test_two_links_at_once_start_one_browser(self):
         self.start_agent()
