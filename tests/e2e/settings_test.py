@@ -9,7 +9,7 @@ import time
 from pathlib import Path
 
 from agent_browser_case import AgentBrowserCase
-from browser_case import HOME, PLAY, WORK, main, wait_until
+from browser_case import HOME, LONG, PLAY, WORK, main, wait_until
 
 CLIENT = Path(__file__).resolve().parents[1] / "support/accessibility_client.py"
 PYTHON = "/usr/bin/python3"  # the system's: others lack the client's modules
@@ -33,7 +33,7 @@ class Settings(AgentBrowserCase):
     def tearDown(self):
         if self.client:
             self.client.stdin.close()
-            self.client.wait(10)
+            self.client.wait(LONG)
             self.client.stdout.close()
         super().tearDown()
 
@@ -43,20 +43,20 @@ class Settings(AgentBrowserCase):
     def start_application(self, *options):
         child = self.desktop.processes.start([self.program, *options], env=self.environment(),
                                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(lambda: self.agent() == child.pid, 10, "the application on the bus")
+        wait_until(lambda: self.agent() == child.pid, LONG, "the application on the bus")
         return child
 
     def x(self, *words):
         return subprocess.run(["xdotool", *map(str, words)], env=self.desktop.env, capture_output=True,
-                              text=True, timeout=20).stdout.strip()
+                              text=True, timeout=LONG).stdout.strip()
 
     def window(self):
         found = self.x("search", "--all", "--onlyvisible", "--pid", self.agent(), "--name", "^Ferrivane$")
         return found.splitlines()[-1] if found else None
 
     def wait_for_window(self):
-        window = wait_until(self.window, 10, "the settings window")
-        wait_until(lambda: self.x("getactivewindow") == window, 10, "its activation")
+        window = wait_until(self.window, LONG, "the settings window")
+        wait_until(lambda: self.x("getactivewindow") == window, LONG, "its activation")
         return window
 
     def close_window(self):
@@ -68,7 +68,7 @@ class Settings(AgentBrowserCase):
             elif window:
                 self.x("windowactivate", "--sync", window)
             return not self.window()
-        wait_until(is_closed, 10, "end of the window")
+        wait_until(is_closed, LONG, "end of the window")
 
     # What is seen.
 
@@ -88,6 +88,10 @@ class Settings(AgentBrowserCase):
     def middle(self, name):
         x, y, width, height = self.item(name)["place"]
         return x + width // 2, y + height // 2
+
+    def is_focused(self, name):
+        return any("focused" in item["states"] for item in self.everything()
+                   if name in (item["name"], item["description"]))
 
     def shows(self, text):
         return any(item["name"] == text for item in self.everything())
@@ -110,43 +114,44 @@ class Settings(AgentBrowserCase):
             self.x("mousemove", *(round(a + (b - a) * step / steps) for a, b in zip(start, end)))
             time.sleep(STEP)
         time.sleep(0.2)
-        if look:
-            look()
-        self.x("mouseup", 1)
+        try:
+            if look:
+                look()
+        finally:
+            self.x("mouseup", 1)
 
     def rules(self):
         return json.loads(self.desktop.rules_file.read_text())["rules"]
 
     def wait_for_matches(self, *matches):
         try:
-            wait_until(lambda: [rule["match"] for rule in self.rules()] == [*matches], 5, "the rules")
+            wait_until(lambda: [rule["match"] for rule in self.rules()] == [*matches], LONG, "the rules")
         except AssertionError:
             self.assertEqual([rule["match"] for rule in self.rules()], [*matches])
 
     def test_from_the_first_start_to_a_link_in_its_profile(self):
         before = time.monotonic()
         application = self.start_application()
-        self.assertIsNone(self.window())
         self.wait_for_window()
         self.assertGreater(time.monotonic() - before, 1)
         self.note("the window is there")
 
         self.entry.write_text("[Default Applications]\n")
         self.key("ctrl+w")
-        wait_until(lambda: not self.window(), 10, "its end")
+        wait_until(lambda: not self.window(), LONG, "its end")
         with self.desktop.bus.connect() as caller:
             caller.activate()
         self.wait_for_window()
 
         # A rule by the keyboard alone: the button behind the banner's and the empty list's.
         self.key("Tab")
-        wait_until(lambda: "focused" in self.item("Add rule")["states"], 5, "focus on the button")
+        wait_until(lambda: self.is_focused("Add rule"), LONG, "focus on the button")
         self.key("space")
-        wait_until(lambda: "focused" in self.item("Text to match, rule 1")["states"], 5, "focus in the field")
+        wait_until(lambda: self.is_focused("Text to match, rule 1"), LONG, "focus in the field")
         self.type("/for-work")
         self.wait_for_matches("/for-work")
         self.key("Tab", "w")  # its profile by its first letter, as the browser names it
-        wait_until(lambda: self.rules()[0]["profile"] == WORK.directory, 5,
+        wait_until(lambda: self.rules()[0]["profile"] == WORK.directory, LONG,
                    f"the profile in the rule: {self.desktop.rules_file.read_text()}")
         self.note("the rule is there")
 
@@ -154,19 +159,21 @@ class Settings(AgentBrowserCase):
         self.click("Link to try")
         self.type(link)
         expected = f"→ {WORK.name} [{WORK.directory}]   (rule #1)"
-        wait_until(lambda: self.shows(expected), 5, f"{expected} among {[i['name'] for i in self.everything()]}")
+        wait_until(lambda: self.shows(expected), LONG, f"{expected} among {[i['name'] for i in self.everything()]}")
 
         self.click("Make Ferrivane the default")
         wait_until(lambda: self.shows("Ferrivane is your default browser. Links from other apps go through "
-                                      "your rules."), 10, "the banner")
+                                      "your rules."), LONG, "the banner")
         self.assertIn("x-scheme-handler/https=com.hollowmere.ferrivane.desktop", self.entry.read_text())
         self.note("it is the default browser")
 
         self.run_command("gio", "open", link)
         self.assert_fetched(link, WORK)
         with self.desktop.bus.connect() as caller:
-            caller.activate()
-        self.wait_for_window()  # in front of the browser's
+            def is_in_front():  # for good: a browser that has just got a link may come there once more
+                caller.activate()
+                return self.window() and self.x("getactivewindow") == self.window()
+            wait_until(is_in_front, LONG, "the settings in front of the browser's window")
         self.close_window()
         other = self.link("/for-work/closed")
         self.run_command("gio", "open", other)
@@ -224,8 +231,14 @@ class Settings(AgentBrowserCase):
             caller.activate()
         self.wait_for_window()
         x, top, _, height = self.item("Rules")["place"]
-        self.drag(self.middle("Drag to reorder, rule 1"), (x + 200, top + height - 3), look=lambda: time.sleep(3))
-        wait_until(lambda: self.rules()[-1]["match"] == "rule0", 5, "the rule at the end")
+
+        def wait_for_the_end():
+            def is_last_in_sight():
+                fields = [item["place"] for item in self.everything() if item["name"] == "Text to match, rule 40"]
+                return any(y + own <= top + height for _, y, _, own in fields)
+            wait_until(is_last_in_sight, LONG, "the last rule")
+        self.drag(self.middle("Drag to reorder, rule 1"), (x + 200, top + height - 3), look=wait_for_the_end)
+        wait_until(lambda: self.rules()[-1]["match"] == "rule0", LONG, "the rule at the end")
 
     def show_window_of(self, path):
         """Starts the application of this path, which a window says to be its own."""
@@ -233,7 +246,7 @@ class Settings(AgentBrowserCase):
                                              stdin=subprocess.PIPE, stdout=subprocess.PIPE)
 
         def end():
-            child.communicate(timeout=10)
+            child.communicate(timeout=LONG)
         self.addCleanup(end)
         self.assertEqual(child.stdout.readline(), b"shown\n")
 
@@ -262,9 +275,9 @@ class Settings(AgentBrowserCase):
         time.sleep(0.3)
         in_work = f"→ {WORK.name} [{WORK.directory}]   (rule #1)"
         self.key("Down", "Return")
-        wait_until(lambda: self.shows(in_work), 5, f"{in_work} among {[i['name'] for i in self.everything()]}")
+        wait_until(lambda: self.shows(in_work), LONG, f"{in_work} among {[i['name'] for i in self.everything()]}")
         self.key("Down")
-        wait_until(lambda: not self.shows(in_work), 5, "another result for the other copy")
+        wait_until(lambda: not self.shows(in_work), LONG, "another result for the other copy")
         for copy, profile in zip(copies, (WORK, HOME)):
             link = self.link(f"/{copy.parent.name}")
             self.run_command(copy, "gio", "open", link)
@@ -280,10 +293,10 @@ class Settings(AgentBrowserCase):
         self.key("End")
         self.type("!")
         self.wait_for_matches("one!", "two")
-        self.assertIn("focused", self.item("Text to match, rule 1")["states"])
+        self.assertTrue(self.is_focused("Text to match, rule 1"))
         x, y, width, height = self.item("Rules")["place"]
         self.x("mousemove", x + 100, y + height - 10, "click", 1)
-        wait_until(lambda: "focused" not in self.item("Text to match, rule 1")["states"], 5, "end of the editing")
+        wait_until(lambda: not self.is_focused("Text to match, rule 1"), LONG, "end of the editing")
         self.click("Drag to reorder, rule 1", button=3)
         time.sleep(0.3)
         self.key("Down", "Return")  # the first that is enabled: down

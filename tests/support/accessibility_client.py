@@ -4,6 +4,7 @@
 It needs the system's own Python, for which Debian builds its modules.
 """
 
+import contextlib
 import json
 import sys
 import time
@@ -55,11 +56,11 @@ def walk(item, path=()):
 
 
 def again(look):
-    """Once more after an error: a row may have gone meanwhile."""
-    try:
-        return look()
-    except Exception:
-        return look()
+    """A few times after errors: rows come and go meanwhile."""
+    for _ in range(9):
+        with contextlib.suppress(Exception):
+            return look()
+    return look()
 
 
 def everything():
