@@ -3,7 +3,7 @@
 
 import subprocess
 
-from browser_case import WORK, BrowserCase, main, wait_until
+from browser_case import LONG, WORK, BrowserCase, main, wait_until
 
 
 class Operands(BrowserCase):
@@ -27,7 +27,7 @@ class Operands(BrowserCase):
 
     def test_links_and_files_are_opened_in_the_given_order(self):
         shown, first, last = self.page("middle.html"), self.link("/first"), self.link("/last")
-        lines = self.send(first, "middle.html", "no-such-file", last, cwd=self.folder).log.splitlines()
+        lines = self.lines_of_links(self.send(first, "middle.html", "no-such-file", last, cwd=self.folder))
         self.assertEqual(len(lines), 6, lines)
         for link in (first, shown, last):
             self.assert_fetched(link, WORK)
@@ -50,9 +50,9 @@ class Operands(BrowserCase):
             self.assert_fetched(link, WORK)
             # Without a link it is a start of the application itself.
             application = self.desktop.start(switch, cwd=self.folder)
-            wait_until(lambda: self.desktop.log().count(" started\n") == number + 1, 10, "its start")
+            wait_until(lambda: self.desktop.log().count(" started\n") == number + 1, LONG, "its start")
             application.terminate()
-            application.communicate(timeout=10)
+            application.communicate(timeout=LONG)
             self.assertFalse(written.exists(), switch)
         for switch in (" --incognito", "\t--x", " --profile-directory=Profile 2", "-"):
             link = self.link(f"/{switch.strip(' -').replace(' ', '')}")
@@ -76,7 +76,7 @@ class OddLinks(BrowserCase):
         text = text if isinstance(text, bytes) else text.encode()
         sent = self.desktop.send(address.encode() + text)
         self.assertEqual(sent[:3], (0, "", ""), sent.log)
-        self.assertEqual(len(sent.log.splitlines()), 2, sent.log)
+        self.assertEqual(len(self.lines_of_links(sent)), 2, sent.log)
         self.assert_fetched(address + path)
 
     def test_line_break(self):
@@ -101,14 +101,14 @@ class OddLinks(BrowserCase):
         link = self.link("/")
         sent = self.send(link + "end \n")
         self.assert_fetched(link + "end")
-        self.assertEqual(len(sent.log.splitlines()), 2, sent.log)
+        self.assertEqual(len(self.lines_of_links(sent)), 2, sent.log)
 
     def test_full_links_in_the_log_keep_every_byte(self):
         text = self.desktop.rules_file.read_text().replace("{", '{"logFullURLs": true,', 1)
         self.desktop.rules_file.write_text(text)
         link = self.link("/a\u202eb?secret=1#x")
         self.assertIn(f"{link} from ", self.send(link).log)
-        wait_until(lambda: any("secret=1" in hit.path for hit in self.server.hits), 10, link)
+        wait_until(lambda: any("secret=1" in hit.path for hit in self.server.hits), LONG, link)
 
 
 if __name__ == "__main__":

@@ -5,7 +5,7 @@ import os
 import pty
 import select
 
-from browser_case import HOME, PLAY, WORK, BrowserCase, main, wait_until
+from browser_case import HOME, LONG, PLAY, WORK, BrowserCase, main, wait_until
 
 
 class Rules(BrowserCase):
@@ -37,7 +37,7 @@ class Rules(BrowserCase):
                 path = f"/visited-{number}"
                 self.send(text.format(port, path))
                 fetched = wait_until(
-                    lambda: [hit for hit in self.server.hits if hit.path.endswith(path)], 10, text)
+                    lambda: [hit for hit in self.server.hits if hit.path.endswith(path)], LONG, text)
                 self.assertEqual({hit.host for hit in fetched}, {f"{host}:{port}"})
                 self.assertEqual({hit.language for hit in fetched}, {profile.language})
 
@@ -104,9 +104,9 @@ class AppRules(BrowserCase):
             ["bash", "-c", '"$0" "$@"; exit $?', self.desktop.ferrivane, link],
             stdin=shell_side, stdout=shell_side, stderr=shell_side)
         os.close(shell_side)
-        self.assertEqual(shell.wait(10), 0)
+        self.assertEqual(shell.wait(LONG), 0)
         # Nothing was written there, and nothing holds the terminal.
-        self.assertTrue(select.select([terminal], [], [], 1)[0], "the terminal is still held")
+        self.assertTrue(select.select([terminal], [], [], LONG)[0], "the terminal is still held")
         self.assertRaises(OSError, os.read, terminal, 1)
         os.close(terminal)
         self.assert_fetched(link, HOME)

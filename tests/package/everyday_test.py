@@ -12,7 +12,7 @@ from pathlib import Path
 from package_case import BUILD, ID, PackageCase, main
 
 import scratch_root
-from desktop import HOME, PLAY, WORK, Desktop, wait_until
+from desktop import HOME, LONG, PLAY, WORK, Desktop, wait_until
 
 PROGRAM = "/usr/bin/Ferrivane"
 
@@ -37,7 +37,7 @@ class Everyday(PackageCase):
 
     def run_here(self, *command, **variables):
         result = subprocess.run(list(map(str, command)), env=self.desktop.env | variables, text=True,
-                                capture_output=True, timeout=60, cwd="/")
+                                capture_output=True, timeout=LONG, cwd="/")
         self.assertEqual(result.returncode, 0, f"{command}\n{result.stdout}\n{result.stderr}")
         return result.stdout
 
@@ -46,7 +46,7 @@ class Everyday(PackageCase):
 
     def assert_fetched(self, link, profile):
         server = self.desktop.server
-        wait_until(lambda: server.fetched(link), 15, f"{link} fetched; log:\n{self.desktop.log()}")
+        wait_until(lambda: server.fetched(link), LONG, f"{link} fetched; log:\n{self.desktop.log()}")
         self.assertEqual([hit.language for hit in server.fetched(link)], [profile.language])
 
     def test_from_installation_to_removal(self):

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The system that tests may write to is theirs alone."""
 
+import os
 import subprocess
 import sys
 from pathlib import Path
@@ -8,9 +9,10 @@ from pathlib import Path
 from package_case import PackageCase, main
 
 import scratch_root
-from processes import wait_until
+from processes import LONG, wait_until
 
-WRITES = """
+SECONDS = f"297.{os.getpid()}"  # no other test's
+WRITES = f"""
 import pathlib, subprocess, sys
 sys.path.insert(0, sys.argv[1])
 import scratch_root
@@ -18,14 +20,14 @@ for name in sys.argv[2:]:
     path = pathlib.Path(name)
     path.unlink() if path.exists() else path.write_text("here")
 print(scratch_root.is_inside(), *sorted(map(str, scratch_root.written())))
-subprocess.Popen(["sleep", "297.5"], stdout=subprocess.DEVNULL)
+subprocess.Popen(["sleep", "{SECONDS}"], stdout=subprocess.DEVNULL)
 sys.exit(7)
 """
 
 
 def sleepers():
     """Processes that are still what the program above has left."""
-    return [path for path in Path("/proc").glob("[0-9]*/cmdline") if _read(path) == b"sleep\x00297.5\x00"]
+    return [path for path in Path("/proc").glob("[0-9]*/cmdline") if _read(path) == f"sleep\0{SECONDS}\0".encode()]
 
 
 def _read(path):
@@ -47,7 +49,7 @@ class ScratchRoot(PackageCase):
         self.assertEqual(output.read_text().split(), ["True", *sorted(new)])
         self.assertEqual([Path(name).exists() for name in [*new, gone]], [False] * 3 + [True])
         self.assertFalse(scratch_root.is_inside())
-        wait_until(lambda: not sleepers(), 10, "end of what was started in there")
+        wait_until(lambda: not sleepers(), LONG, "end of what was started in there")
 
     def test_files_that_a_container_mounts_are_seen(self):
         """A container is played by a mount namespace around it."""
@@ -63,14 +65,14 @@ class ScratchRoot(PackageCase):
     def test_ends_with_the_program_that_asked_for_it(self):
         support = Path(scratch_root.__file__).parent
         program = ("import sys; sys.path.insert(0, sys.argv[1]); import scratch_root\n"
-                   "scratch_root.run(['sleep', '297.5'])")
+                   f"scratch_root.run(['sleep', '{SECONDS}'])")
         child = subprocess.Popen([sys.executable, "-c", program, support])
         try:
-            wait_until(sleepers, 30, "start in there")
+            wait_until(sleepers, LONG, "start in there")
         finally:
             child.terminate()
             child.wait()
-        wait_until(lambda: not sleepers(), 10, "end of what was started in there")
+        wait_until(lambda: not sleepers(), LONG, "end of what was started in there")
 
 
 if __name__ == "__main__":
