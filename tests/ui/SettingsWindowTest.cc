@@ -37,6 +37,7 @@ class SettingsWindowTest : public test::SettingsCase {
     }
     static std::vector<std::string> items(const QComboBox& box) {
         std::vector<std::string> texts;
+        texts.reserve(static_cast<std::size_t>(box.count()));
         for (int i = 0; i < box.count(); ++i) texts.push_back(box.itemText(i).toStdString());
         return texts;
     }
