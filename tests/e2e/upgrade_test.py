@@ -7,7 +7,7 @@ import subprocess
 import time
 
 from agent_browser_case import AgentBrowserCase
-from browser_case import main, wait_until
+from browser_case import LONG, main, wait_until
 
 TITLE = b"Ferrivane\n"
 
@@ -35,11 +35,12 @@ class Upgrade(AgentBrowserCase):
         new = self.folder / "new"
         shutil.copy(os.environ["NEXT_VERSION"], new)
         new.rename(self.program)
-        (window_module,) = self.folder.glob("ferrivane-ui-*.so")
-        window_module.rename(self.folder / "ferrivane-ui-99.0.0.so")
+        for part in ("desktop", "ui"):
+            (module,) = self.folder.glob(f"ferrivane-{part}-*.so")
+            module.rename(self.folder / f"ferrivane-{part}-99.0.0.so")
 
     def ask(self, *command):
-        return subprocess.run(command, env=self.desktop.env, capture_output=True, timeout=20).stdout
+        return subprocess.run(command, env=self.desktop.env, capture_output=True, timeout=LONG).stdout
 
     def has_alert(self):
         window = self.ask("xdotool", "getactivewindow").strip()
@@ -54,8 +55,8 @@ class Upgrade(AgentBrowserCase):
                 self.ask("xdotool", "key", "Escape")
                 return False
             return True
-        wait_until(self.has_alert, 10, f"an alert; log:\n{self.desktop.log()}")
-        wait_until(is_over, 60, "end of the alerts")
+        wait_until(self.has_alert, LONG, f"an alert; log:\n{self.desktop.log()}")
+        wait_until(is_over, LONG, "end of the alerts")
 
     def test_starts_itself_anew_before_it_shows_an_alert(self):
         agent = self.start_agent()
@@ -64,9 +65,9 @@ class Upgrade(AgentBrowserCase):
         with self.desktop.bus.connect() as caller:
             calls = [caller.send_open(link) for link in links]
             self.assertEqual({caller.reply(call).error for call in calls}, {""})
-        wait_until(lambda: "Ferrivane 99.0.0 started (agent)" in self.desktop.log(), 10,
+        wait_until(lambda: "Ferrivane 99.0.0 started (agent)" in self.desktop.log(), LONG,
                    f"the next version; log:\n{self.desktop.log()}")
-        wait_until(lambda: all(f"{link}… from " in self.desktop.log() for link in links), 10,
+        wait_until(lambda: all(f"{link}… from " in self.desktop.log() for link in links), LONG,
                    f"every link in the log:\n{self.desktop.log()}")
         self.answer_alerts()
         self.assertTrue(os.path.exists(f"/proc/{agent}"), "in the same process")
@@ -76,12 +77,12 @@ class Upgrade(AgentBrowserCase):
         self.install_next_version()
         with self.desktop.bus.connect() as caller:
             self.assertEqual(caller.activate().error, "")
-        wait_until(lambda: "Ferrivane 99.0.0 started" in self.desktop.log(), 10,
+        wait_until(lambda: "Ferrivane 99.0.0 started" in self.desktop.log(), LONG,
                    f"the next version; log:\n{self.desktop.log()}")
-        wait_until(self.has_alert, 10, "its settings, whose window has the same name")
-        wait_until(lambda: agent not in self.desktop.processes.all(), 10, "end of the one before")
+        wait_until(self.has_alert, LONG, "its settings, whose window has the same name")
+        wait_until(lambda: agent not in self.desktop.processes.all(), LONG, "end of the one before")
         self.ask("xdotool", "key", "ctrl+q")
-        wait_until(lambda: not self.agent(), 10, "end of the next version")
+        wait_until(lambda: not self.agent(), LONG, "end of the next version")
 
     def test_without_anything_to_show_it_goes_on(self):
         before = len(self.desktop.log())
