@@ -113,7 +113,8 @@ bool AppDelegate::performAction(std::string_view name,
 }
 
 void AppDelegate::sessionEnded() {
-    log.info("the session has ended; ending too");
+    // Its bus and its display may both say so.
+    if (!std::exchange(sessionHasEnded_, true)) log.info("the session has ended; ending too");
     terminate();
 }
 

@@ -62,6 +62,7 @@ class AppDelegate : public ApplicationEvents {
     RulesStore store;
     std::optional<SettingsView> settings_;  // once it was shown
     bool receivedLink = false;
+    bool sessionHasEnded_ = false;
     const bool agentMode;
 };
 

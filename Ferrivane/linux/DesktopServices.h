@@ -41,8 +41,8 @@ class DesktopServices {
         std::function<bool(std::vector<std::string> urls, const Sender&)> open;
         std::function<void(const Sender&)> activate;
         std::function<bool(const std::string& action, const Sender&)> activateAction;
-        std::function<void()> busEnded;
-        std::function<void()> terminate;  // by a signal; a second one ends the process at once
+        std::function<void()> sessionEnded;  // its bus, or the display of the process's start
+        std::function<void()> terminate;     // by a signal; a second one ends the process at once
     };
     enum class NameClaim { owned, taken, noBus };
 

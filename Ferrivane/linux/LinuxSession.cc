@@ -27,7 +27,7 @@ Session::Place LinuxSession::join(ApplicationEvents& events) {
              [&events](const std::string& action, const Sender& sender) {
                  return events.performAction(action, sender.activationToken);
              },
-         .busEnded = [&events] { events.sessionEnded(); },
+         .sessionEnded = [&events] { events.sessionEnded(); },
          .terminate = [&events] { events.terminate(); }});
     if (claim == DesktopServices::NameClaim::taken) return Place::elsewhere;
     attachTo(*services, loop_);

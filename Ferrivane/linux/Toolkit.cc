@@ -1,38 +1,20 @@
 #include "Ferrivane/linux/Toolkit.h"
 
 #include <chrono>
-#include <cstring>
-#include <filesystem>
 
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "Ferrivane/SettingsView.h"
 #include "Ferrivane/linux/DesktopServices.h"
 #include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Modules.h"
-#include "Ferrivane/linux/Version.h"
-#include "core/support/FileDescriptor.h"
+#include "Ferrivane/linux/WaylandSocket.h"
 
 namespace ferrivane {
 namespace {
 
 // Whoever loads the module has what it calls (ui/exports.txt): the settings, with all they need.
 [[gnu::used]] void (SettingsView::* const kCalledByTheModule)() = &SettingsView::refresh;
-
-bool canConnectToWayland() {
-    const std::string display = environment("WAYLAND_DISPLAY");
-    if (display.empty()) return false;
-    const std::string path = std::filesystem::path(environment("XDG_RUNTIME_DIR")) / display;
-    sockaddr_un address{};
-    if (path.size() >= sizeof address.sun_path) return false;
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.c_str(), path.size());
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    return socket && ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
-                               sizeof address) == 0;
-}
 
 // The toolkit ends the process when it finds no display, so it is not asked before there is one.
 // Its names of what can be reached, the preferred one first, separated by ";".
@@ -41,7 +23,7 @@ std::string platforms(DesktopServices& services) {
         return chosen;
     }
     const bool hasX = !environment("DISPLAY").empty() && services.hasDisplay();
-    const bool hasWayland = canConnectToWayland();
+    const bool hasWayland{connectToWayland()};
     if (!hasX || !hasWayland) return hasX ? "xcb" : hasWayland ? "wayland" : "";
     // GNOME draws no title bars for others.
     const bool isGnome = environment("XDG_CURRENT_DESKTOP").find("GNOME") != std::string::npos;

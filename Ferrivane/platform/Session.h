@@ -33,7 +33,7 @@ class ApplicationEvents {
     // One of the desktop entry's actions; false for an unknown one.
     virtual bool performAction(std::string_view name,
                                const std::optional<std::string>& activationToken) = 0;
-    // Nothing more will come from the session.
+    // Nothing more will come from the session. It may say so more than once.
     virtual void sessionEnded() = 0;
     // Asks the application to end.
     virtual void terminate() = 0;

@@ -194,6 +194,7 @@ TEST_F(AppDelegateTest, EndsWithTheSession) {
     AppDelegate& app = start(true);
     newLogLines();
     app.sessionEnded();
+    app.sessionEnded();
     fake.mainLoop.advance(0ms);
     EXPECT_TRUE(fake.mainLoop.isStopped());
     EXPECT_THAT(newLogLines(), ElementsAre("[INFO] the session has ended; ending too"));

@@ -9,6 +9,7 @@
 #include <glib-unix.h>
 #include <signal.h>
 
+#include "Ferrivane/linux/desktop/DisplayWatch.h"
 #include "Ferrivane/linux/desktop/GObjects.h"
 #include "Ferrivane/linux/desktop/SessionBus.h"
 #include "core/support/Descriptors.h"
@@ -122,7 +123,7 @@ std::string& ownedName() {
 }
 
 void busClosed(GDBusConnection*, gboolean, GError*, gpointer data) {
-    static_cast<const Calls*>(data)->busEnded();
+    static_cast<const Calls*>(data)->sessionEnded();
 }
 
 constexpr std::array kEndingSignals{SIGTERM, SIGINT, SIGHUP};
@@ -179,6 +180,7 @@ NameClaim serve(const std::string& applicationId, Calls calls) {
     ownedName() = applicationId;
     g_signal_connect(bus, "closed", G_CALLBACK(busClosed), &served);
     for (const int number : kEndingSignals) g_unix_signal_add(number, terminated, &served);
+    DisplayWatch::start(served.sessionEnded);
     return NameClaim::owned;
 }
 
