@@ -65,6 +65,8 @@ int main(int count, char** values) {
     const GDBusInterfaceVTable table{call, property, nullptr, {}};
     g_dbus_connection_register_object(bus, "/StatusNotifierWatcher", description->interfaces[0],
                                       &table, nullptr, nullptr, nullptr);
+    // Sets of flags, here and below.
+    // NOLINTBEGIN(clang-analyzer-optin.core.EnumCastOutOfRange)
     constexpr auto kReplaceable = static_cast<GBusNameOwnerFlags>(
         G_BUS_NAME_OWNER_FLAGS_ALLOW_REPLACEMENT | G_BUS_NAME_OWNER_FLAGS_REPLACE);
     g_bus_own_name_on_connection(bus, "org.kde.StatusNotifierWatcher", kReplaceable, owned, nullptr,
@@ -72,6 +74,7 @@ int main(int count, char** values) {
     GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
     GIOChannel* const input = g_io_channel_unix_new(0);
     g_io_add_watch(input, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP), inputEnded, loop);
+    // NOLINTEND(clang-analyzer-optin.core.EnumCastOutOfRange)
     g_main_loop_run(loop);
     g_io_channel_unref(input);
     g_main_loop_unref(loop);
