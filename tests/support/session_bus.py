@@ -36,8 +36,9 @@ class SessionBus:
 
     def start(self):
         self.path.unlink(missing_ok=True)
+        # It ends with its parent, also one that is killed.
         self.daemon = self.processes.start(
-            ["dbus-daemon", f"--config-file={self._config}", "--nofork"],
+            ["setpriv", "--pdeathsig", "TERM", "dbus-daemon", f"--config-file={self._config}", "--nofork"],
             env=self.processes.env | {"DBUS_SESSION_BUS_ADDRESS": self.address},
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         wait_until(self._listens, 30, "a bus")
