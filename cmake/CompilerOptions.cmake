@@ -16,9 +16,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(ferrivane_options INTERFACE -Wno-deprecated-declarations)
 endif()
 
+# The check of virtual tables needs descriptors of its own, and some tests leave none.
 if(FERRIVANE_SANITIZE)
   target_compile_options(ferrivane_options INTERFACE
-    -fsanitize=${FERRIVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=${FERRIVANE_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
   target_link_options(ferrivane_options INTERFACE -fsanitize=${FERRIVANE_SANITIZE})
 elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
   target_compile_options(ferrivane_options INTERFACE
