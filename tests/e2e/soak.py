@@ -1,5 +1,6 @@
 """What the long runs have in common: what is said of each link, what the agent takes, a browser of their own."""
 
+import contextlib
 import os
 import re
 import shutil
@@ -104,6 +105,13 @@ class Account:
             self._current.remarks.append(f"[{level}] {text}")
 
 
+def is_of_living_process(descriptor):
+    """Whether it, as a file below fdinfo, stands for a process: one is held for each browser that was started."""
+    with contextlib.suppress(FileNotFoundError):
+        return bool(re.search(r"^Pid:\s+[1-9]", descriptor.read_text(), re.MULTILINE))
+    return False
+
+
 class Vitals:
     """What a process takes, in kilobytes and numbers, once it has come to rest.
 
@@ -114,7 +122,8 @@ class Vitals:
         time.sleep(_REST)
         end = time.monotonic() + 60
         while True:
-            self.descriptors = len(os.listdir(f"/proc/{process}/fd"))
+            self.descriptors = sum(not is_of_living_process(descriptor)
+                                   for descriptor in Path(f"/proc/{process}/fdinfo").iterdir())
             self.threads = len(os.listdir(f"/proc/{process}/task"))
             if not before or not self.has_more_than(before) or time.monotonic() > end:
                 break
