@@ -18,7 +18,7 @@ std::filesystem::path absoluteFromEnvironment(const char* variable) {
 }
 
 std::filesystem::path xdgFolder(const char* variable, const char* belowHome) {
-    std::filesystem::path folder = absoluteFromEnvironment(variable);
+    const std::filesystem::path folder = absoluteFromEnvironment(variable);
     return folder.empty() ? home() / belowHome : folder;
 }
 

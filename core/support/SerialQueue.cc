@@ -35,7 +35,8 @@ void SerialQueue::startThread() {
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
         thread_ = std::thread([this] { run(); });
-    } catch (const std::system_error&) {  // the user may have no more of them
+    } catch (const std::system_error&) {
+        thread_ = {};  // the user may have no more of them
     }
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
