@@ -9,7 +9,7 @@ std::string systemErrorText(int code) {
 }
 
 std::string FileError::description() const {
-    const std::string reason = systemErrorText(code);
+    std::string reason = systemErrorText(code);
     switch (operation) {
         case Operation::open:
             return "open failed: " + reason;
