@@ -1,7 +1,5 @@
 #import "Ferrivane/macos/ApplicationDelegate.h"
 
-#include <chrono>
-
 #import "Ferrivane/macos/Conversions.h"
 #include "core/Log.h"
 

@@ -10,12 +10,12 @@ from browser_case import LONG, BrowserCase, main
 
 
 class Caller(BrowserCase):
-    def test_hand_over_ends_at_once_and_lets_go_of_the_output(self):
+    def test_hand_over_lets_go_of_the_output(self):
         link = self.link()
         self.send(link)
         self.assert_fetched(link)
 
-    def test_cold_launch_ends_soon_and_lets_go_of_the_output(self):
+    def test_cold_launch_lets_go_of_the_output(self):
         self.desktop.stop_browsers()
         self.desktop.write_profiles()
         link = self.link()

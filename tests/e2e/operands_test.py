@@ -1,8 +1,6 @@
 #!/usr/bin/env python3
 """What the operands of a command become: links, files, nothing."""
 
-import subprocess
-
 from browser_case import LONG, WORK, BrowserCase, main, wait_until
 
 
