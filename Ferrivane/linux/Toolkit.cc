@@ -6,9 +6,9 @@
 
 #include "Ferrivane/SettingsView.h"
 #include "Ferrivane/linux/DesktopServices.h"
+#include "Ferrivane/linux/DisplaySockets.h"
 #include "Ferrivane/linux/Environment.h"
 #include "Ferrivane/linux/Modules.h"
-#include "Ferrivane/linux/WaylandSocket.h"
 
 namespace ferrivane {
 namespace {

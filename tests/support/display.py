@@ -2,9 +2,11 @@
 
 import os
 import shutil
+import signal
 import subprocess
+from pathlib import Path
 
-from processes import wait_until
+from processes import LONG, wait_until
 
 
 def program(name, package):
@@ -31,23 +33,32 @@ class Display:
             number = pipe.readline().strip()
         if not number:
             raise RuntimeError("Xvfb did not start")
-        self.name = f":{number}"
+        self.name, self.socket = f":{number}", f"/tmp/.X11-unix/X{number}"
         themes = {"XDG_DATA_DIRS": "/usr/local/share:/usr/share"}  # it does not work without
         self._manager = processes.start([manager], env=self._env() | themes, **silent)
         # A window that comes before the manager is ready may never be shown.
-        wait_until(lambda: self._xdotool("get_desktop").returncode == 0, 20, "a window manager")
+        wait_until(lambda: self._xdotool("get_desktop").returncode == 0, LONG, "a window manager")
 
     def _env(self):
         return self._processes.env | {"DISPLAY": self.name}
 
     def _xdotool(self, *arguments):
         return subprocess.run([program("xdotool", "xdotool"), *arguments], env=self._env(), text=True,
-                              capture_output=True, timeout=20)
+                              capture_output=True, timeout=LONG)
 
     def end(self):
         """Whoever still draws on it loses it."""
         self._processes.end([self._server.pid])
-        self._manager.wait(20)
+        self._manager.wait(LONG)
+
+    def stop_answering(self):
+        """It goes on taking connections."""
+        self._server.send_signal(signal.SIGSTOP)
+
+    def kill(self):
+        self._processes.end([self._server.pid], signal.SIGKILL)
+        self._manager.wait(LONG)
+        Path(self.socket).unlink()
 
     def windows(self, process):
         """The visible windows of a process that have a name, as xdotool numbers them."""

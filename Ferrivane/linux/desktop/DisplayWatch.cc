@@ -6,10 +6,11 @@
 #include <utility>
 
 #include <glib-unix.h>
+#include <poll.h>
 #include <xcb/xcb.h>
 
+#include "Ferrivane/linux/DisplaySockets.h"
 #include "Ferrivane/linux/Environment.h"
-#include "Ferrivane/linux/WaylandSocket.h"
 
 namespace ferrivane::DisplayWatch {
 namespace {
@@ -56,14 +57,31 @@ bool isOfThisMachine(const std::string& display) {
     return display.starts_with(':') || display.starts_with("unix:") || display.starts_with('/');
 }
 
+// A connection to the server of which nothing is asked, not even admission.
+FileDescriptor connectPlainly() {
+    char* host = nullptr;
+    int number = 0;
+    if (xcb_parse_display(nullptr, &host, &number, nullptr) == 0) return {};
+    std::free(host);
+    return connectToX(number);
+}
+
+bool hasHungUp(const FileDescriptor& connection) {
+    pollfd polled{.fd = connection.get(), .events = 0, .revents = 0};
+    return ::poll(&polled, 1, 0) > 0 && (polled.revents & POLLHUP) != 0;
+}
+
 gboolean connectToServer(gpointer) {
+    const FileDescriptor plain = connectPlainly();
     watch().server.reset(xcb_connect(nullptr, nullptr));
     xcb_connection_t* const server = watch().server.get();
-    if (xcb_connection_has_error(server) != 0) {
-        watch().server.reset();
-    } else {
+    if (xcb_connection_has_error(server) == 0) {
         g_unix_fd_add(xcb_get_file_descriptor(server), G_IO_IN, serverSpoke, nullptr);
+        return G_SOURCE_REMOVE;
     }
+    watch().server.reset();
+    // It ended just now, and was not absent, nor has it refused us.
+    if (hasHungUp(plain)) watch().ended();
     return G_SOURCE_REMOVE;
 }
 
