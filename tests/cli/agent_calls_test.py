@@ -1,29 +1,15 @@
 #!/usr/bin/env python3
 """Calls that are many, large, or not meant well."""
 
-import os
-import re
 import sys
 import time
-from pathlib import Path
 
-from agent_case import LONG, AgentCase, main, wait_until
+from agent_case import LONG, MIB, AgentCase, main, takes_at_rest, wait_until
 
 REFUSED = "org.freedesktop.DBus.Error.InvalidArgs"
 UNKNOWN = "org.freedesktop.DBus.Error.UnknownMethod"
 SWITCH = "[WARN] refused a link that Chrome would take for a switch"
 SWITCHES = ("-", "--", "-x", "--gpu-launcher=touch x", " --x", "\t--x", "\n--x", "\r\n \t-x", "\v-x", "\f-x")
-
-
-def memory(process):
-    """Bytes that it has written and shares with nobody, once it has come to rest."""
-    time.sleep(3)  # it gives memory back after two seconds without work
-    text = Path(f"/proc/{process}/smaps_rollup").read_text()
-    return int(re.search(r"^Private_Dirty: +(\d+) kB", text, re.MULTILINE)[1]) * 1024
-
-
-def descriptors(process):
-    return len(os.listdir(f"/proc/{process}/fd"))
 
 
 class AgentCalls(AgentCase):
@@ -75,15 +61,14 @@ class AgentCalls(AgentCase):
         self.assertLess(len(self.log()), 2000)
 
     def test_monstrous_calls_do_not_add_up(self):
-        def after_calls(number):
+        def calls(number):
             for _ in range(number):
                 self.assertEqual(self.bus_caller.open("https://a/" + "x" * (10 << 20)).error, REFUSED)
-            return memory(self.agent.pid), descriptors(self.agent.pid)
 
-        before = after_calls(2)  # the library keeps its buffer
-        after = after_calls(6)
-        self.assertLess(after[0] - before[0], 25 << 20)  # of 60
-        self.assertEqual(after[1], before[1])
+        calls(2)  # the library keeps its buffer
+        before = takes_at_rest(self.agent.pid)
+        calls(6)
+        self.assert_takes_no_more(self.agent.pid, before, 25 * MIB)  # of 60
 
     def test_calls_that_do_not_exist_are_answered_with_an_error(self):
         call = self.bus_caller.call
@@ -129,13 +114,11 @@ class AgentCalls(AgentCase):
             self.wait_for_links(good)
             self.assertEqual(self.links(self.browser), links)
             self.browser.messages.clear()
-            return memory(self.agent.pid), descriptors(self.agent.pid)
 
-        before = all_kinds(3000, 3000)
-        after = all_kinds(10_000, 3000)
-        print(f"\n    {before[0] >> 10} KB before, {after[0] >> 10} KB after", end=" ", file=sys.stderr)
-        self.assertLess(after[0] - before[0], 1 << 20)
-        self.assertEqual(after[1], before[1])
+        all_kinds(3000, 3000)
+        before = takes_at_rest(self.agent.pid)
+        all_kinds(10_000, 3000)
+        self.assert_takes_no_more(self.agent.pid, before, MIB)
 
     def test_flood_of_calls_does_not_shut_out_others(self):
         numbers = [self.bus_caller.send_open("--x") for _ in range(3000)]

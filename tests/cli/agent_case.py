@@ -1,8 +1,12 @@
 """What the tests of the resident agent have in common: a session bus of its own for each test."""
 
+import os
+import re
 import signal
 import sys
+import time
 from pathlib import Path
+from typing import NamedTuple
 
 from fake_browser import FakeBrowser
 from program_case import LONG, PROGRAM, ProgramCase, Ran, main, wait_until  # noqa: F401
@@ -12,6 +16,27 @@ from display import Display  # noqa: E402
 from session_bus import SessionBus, write_description  # noqa: E402,F401
 
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+MIB = 1 << 20
+
+
+class Takes(NamedTuple):
+    """What a process takes."""
+    memory: int  # bytes that it has written and shares with nobody
+    descriptors: int
+
+    def __str__(self):
+        return f"{self.memory / MIB:.1f} MiB and {self.descriptors} descriptors"
+
+
+def takes(process):
+    text = Path(f"/proc/{process}/smaps_rollup").read_text()
+    return Takes(int(re.search(r"^Private_Dirty: +(\d+) kB", text, re.MULTILINE)[1]) * 1024,
+                 len(os.listdir(f"/proc/{process}/fd")))
+
+
+def takes_at_rest(process):
+    time.sleep(3)  # it gives memory back after two seconds without work
+    return takes(process)
 
 
 class AgentCase(ProgramCase):
@@ -110,6 +135,17 @@ class AgentCase(ProgramCase):
 
     def wait_for_log(self, text, times=1):
         wait_until(lambda: self.log().count(text) >= times, LONG, f"{text!r} in the log")
+
+    def assert_takes_no_more(self, process, before, more):
+        """Than `before`, and this many bytes, once it has come to rest."""
+        def is_over():
+            now = takes(process)
+            return now if now.memory < before.memory + more and now.descriptors <= before.descriptors else None
+        try:
+            after = wait_until(is_over, LONG, "rest")
+        except AssertionError:
+            self.fail(f"{before}, then {takes(process)}")
+        print(f"\n    {before}, then {after}", end=" ", file=sys.stderr, flush=True)
 
     def links(self, browser):
         """Those that have arrived, in the order of their arrival."""

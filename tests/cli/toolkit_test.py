@@ -6,10 +6,9 @@ import re
 import time
 from pathlib import Path
 
-from agent_case import LONG, AgentCase, Ran, main, wait_until
+from agent_case import LONG, MIB, AgentCase, Ran, main, takes_at_rest, wait_until
 
 TOOLKIT = re.compile(r"libQt\d|ferrivane-ui")
-MIB = 1024 * 1024
 # How often the settings are opened, and after how many times nothing more may be taken.
 ROUNDS, WARM = int(os.environ.get("ROUNDS", 20)), 10
 MORE = 2 * MIB  # what the allocator may do of its own
@@ -19,17 +18,6 @@ def toolkit_of(process):
     """The toolkit's files in its memory."""
     lines = Path(f"/proc/{process}/maps").read_text().splitlines()
     return {os.path.basename(line.split()[-1]) for line in lines if TOOLKIT.search(line)}
-
-
-def memory(process):
-    """Bytes that it has written and shares with nobody, at rest: what others share of the toolkit changes with them."""
-    time.sleep(3)  # it gives memory back after two seconds without work
-    text = Path(f"/proc/{process}/smaps_rollup").read_text()
-    return int(re.search(r"^Private_Dirty: +(\d+) kB", text, re.MULTILINE)[1]) * 1024
-
-
-def descriptors(process):
-    return len(os.listdir(f"/proc/{process}/fd"))
 
 
 class Toolkit(AgentCase):
@@ -99,16 +87,15 @@ class Toolkit(AgentCase):
         # Sanitizers keep what was freed for a while; a little is enough here.
         agent = self.start_agent(env={"ASAN_OPTIONS": self.env["ASAN_OPTIONS"] + ":quarantine_size_mb=1"})
         caller = self.caller()
-        measured = []
-        for number in range(1, ROUNDS + 1):
-            self.assertEqual(caller.activate().error, "")
-            self.close_settings()
-            if number in (WARM, ROUNDS):
-                measured.append((memory(agent.pid), descriptors(agent.pid)))
-        figures = [f"{size / MIB:.1f} MiB, {count}" for size, count in measured]
-        print(f"\n    after {WARM} rounds {figures[0]} descriptors; after {ROUNDS} {figures[-1]}", end=" ", flush=True)
-        self.assertLessEqual(measured[-1][1], measured[0][1], figures)
-        self.assertLess(measured[-1][0] - measured[0][0], MORE, figures)
+
+        def rounds(number):
+            for _ in range(number):
+                self.assertEqual(caller.activate().error, "")
+                self.close_settings()
+        rounds(WARM)
+        before = takes_at_rest(agent.pid)
+        rounds(ROUNDS - WARM)
+        self.assert_takes_no_more(agent.pid, before, MORE)
 
 
 if __name__ == "__main__":

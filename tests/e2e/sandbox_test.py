@@ -6,7 +6,7 @@ import shutil
 import subprocess
 from pathlib import Path
 
-from browser_case import WORK, BrowserCase, main, shorten, wait_until
+from browser_case import LONG, WORK, BrowserCase, main, shorten, wait_until
 
 MARKER = "APP_SANDBOX_CONTAINER_ID"
 SCRIPT = Path(__file__).resolve().parents[2] / "resources/ferrivane-helper.sh"
@@ -72,7 +72,7 @@ class WithScript(SandboxCase):
         links = [self.link(f"/{number}") for number in range(3)]
         children = [self.desktop.start(link) for link in links]
         for child in children:
-            child.communicate(timeout=60)
+            child.communicate(timeout=LONG)
             self.assertEqual(child.returncode, 0)
         for link in links:
             self.assert_fetched(link, WORK)
@@ -153,10 +153,10 @@ class Untouched(SandboxCase):
         child = self.desktop.processes.start(
             ["strace", "-f", "-b", "execve", "-qq", "-s", "200", "-o", file, "-e", "trace=%file,%network",
              self.desktop.ferrivane, *operands], cwd="/", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        out, err = child.communicate(timeout=60)
+        out, err = child.communicate(timeout=LONG)
         self.assertEqual(child.returncode, 0, err)
         # The program's second process may go on for a while.
-        wait_until(lambda: not self.desktop.processes.running(self.desktop.ferrivane), 20, "its end")
+        wait_until(lambda: not self.desktop.processes.running(self.desktop.ferrivane), LONG, "its end")
         return file.read_text()
 
     def of_the_browser(self, trace):

@@ -9,6 +9,8 @@ import time
 from datetime import datetime
 from pathlib import Path
 
+from processes import LONG
+
 FULL = os.environ.get("SOAK") == "full"
 
 _LINE = re.compile(r"(\S+ \S+) \[(\w+)\] (.*)")
@@ -115,19 +117,22 @@ def is_of_living_process(descriptor):
 class Vitals:
     """What a process takes, in kilobytes and numbers, once it has come to rest.
 
-    It is given a minute to have no more descriptors and threads than `before`.
+    It is given two minutes to have no more descriptors and threads than `before`, and hardly more memory.
     """
 
     def __init__(self, process, before=None):
         time.sleep(_REST)
-        end = time.monotonic() + 60
+        end = time.monotonic() + LONG
         while True:
-            self.descriptors = sum(not is_of_living_process(descriptor)
-                                   for descriptor in Path(f"/proc/{process}/fdinfo").iterdir())
-            self.threads = len(os.listdir(f"/proc/{process}/task"))
+            self._read(process)
             if not before or not self.has_more_than(before) or time.monotonic() > end:
                 break
             time.sleep(0.1)
+
+    def _read(self, process):
+        self.descriptors = sum(not is_of_living_process(descriptor)
+                               for descriptor in Path(f"/proc/{process}/fdinfo").iterdir())
+        self.threads = len(os.listdir(f"/proc/{process}/task"))
         memory = Path(f"/proc/{process}/smaps_rollup").read_text()
         values = {name: int(value) for name, value in re.findall(r"(\w+): +(\d+) kB", memory)}
         self.resident, self.proportional = values["Rss"], values["Pss"]
@@ -135,7 +140,8 @@ class Vitals:
         self.written = values["Private_Dirty"]
 
     def has_more_than(self, before):
-        return self.descriptors > before.descriptors or self.threads > before.threads
+        return (self.descriptors > before.descriptors or self.threads > before.threads
+                or self.resident > before.resident + 1024)
 
     def __str__(self):
         return (f"RSS {self.resident}, PSS {self.proportional}, private {self.private}, written {self.written} KB, "

@@ -10,7 +10,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "support"))
-from processes import Processes, wait_until  # noqa: E402,F401
+from processes import LONG, Processes, wait_until  # noqa: E402,F401
 
 SCRIPT = Path(__file__).resolve().parents[2] / "resources/ferrivane-helper.sh"
 SHELLS = {"dash": ["dash"], "bash": ["bash"], "bash as sh": ["bash", "--posix"],
@@ -36,7 +36,7 @@ class HelperCase(unittest.TestCase):
         self.processes = Processes(self.env)
         self.addCleanup(self.processes.end_all)
 
-    def run_script(self, *arguments, shell=("sh",), env=None, before=(), seconds=60):
+    def run_script(self, *arguments, shell=("sh",), env=None, before=(), seconds=LONG):
         child = self.processes.start([*before, *shell, SCRIPT, *arguments], env=self.env | (env or {}),
                                      cwd="/", stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                      stderr=subprocess.PIPE)
@@ -66,7 +66,7 @@ class HelperCase(unittest.TestCase):
     def arguments_of(self, program):
         """What it was started with, once it was. The record is gone then."""
         record = Path(f"{program}.arguments")
-        wait_until(record.exists, 20, f"a start of {program}")
+        wait_until(record.exists, LONG, f"a start of {program}")
         words = record.read_bytes().split(b"\0")[:-1]
         record.unlink()
         return [os.fsdecode(word) for word in words]

@@ -4,7 +4,7 @@
 import os
 import subprocess
 
-from helper_case import SCRIPT, HelperCase, main, wait_until
+from helper_case import LONG, SCRIPT, HelperCase, main, wait_until
 
 PROBE = os.environ["INSTALL_PROBE"]
 TITLE = "Install Ferrivane Helper"
@@ -36,10 +36,10 @@ class Install(HelperCase):
         # Its themes are the system's.
         self.processes.start(["openbox"], env=self.env | {"XDG_DATA_DIRS": "/usr/share"},
                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(lambda: self.ask("get_desktop"), 20, "the window manager")
+        wait_until(lambda: self.ask("get_desktop"), LONG, "the window manager")
 
     def ask(self, *command):
-        return subprocess.run(["xdotool", *command], env=self.env, timeout=20, check=False,
+        return subprocess.run(["xdotool", *command], env=self.env, timeout=LONG, check=False,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
 
     def panel_is_active(self):
@@ -53,10 +53,10 @@ class Install(HelperCase):
         """What became of the installation when these keys are pressed in the panel."""
         child = self.processes.start([PROBE, "install"], env=self.env, stdout=subprocess.PIPE,
                                      stderr=subprocess.PIPE, text=True)
-        wait_until(self.panel_is_active, 20, "the panel")
+        wait_until(self.panel_is_active, LONG, "the panel")
         for key in keys:
             self.ask("key", key) if len(key) < 12 else self.ask("type", key)
-        out, err = child.communicate(timeout=20)
+        out, err = child.communicate(timeout=LONG)
         self.assertEqual(child.returncode, 0, err)
         return out.splitlines()
 
@@ -85,7 +85,7 @@ class Install(HelperCase):
     def test_without_a_display_nothing_is_installed(self):
         child = self.processes.start([PROBE, "install"], env=self.env, stdout=subprocess.PIPE,
                                      stderr=subprocess.PIPE, text=True)
-        out, err = child.communicate(timeout=20)
+        out, err = child.communicate(timeout=LONG)
         self.assertEqual((out.splitlines(), err), (["installation cancelled", MISSING],
                                                    "Ferrivane: cannot show a save panel: no display\n"))
 
@@ -101,17 +101,17 @@ class Install(HelperCase):
         manager.stdout.readline()
         opened = self.opener_of_folders()
         self.scripts.mkdir(parents=True)
-        self.assertEqual(self.processes.start([PROBE, "reveal"], env=self.env).wait(20), 0)
+        self.assertEqual(self.processes.start([PROBE, "reveal"], env=self.env).wait(LONG), 0)
         bundled = os.path.join(os.path.dirname(PROBE), "ferrivane-helper.sh")
         self.assertEqual(self.log(), [f"[INFO] helper install: revealing {bundled} and {self.scripts} "
                                       "in the file manager"])
         # Nobody owns the file manager's name here, so its folder is opened.
-        wait_until(lambda: opened.exists() and len(opened.read_text().splitlines()) == 2, 20, "two folders")
+        wait_until(lambda: opened.exists() and len(opened.read_text().splitlines()) == 2, LONG, "two folders")
         self.assertEqual(sorted(opened.read_text().splitlines()),
                          sorted([os.path.dirname(PROBE), str(self.scripts)]))
         daemon.terminate()
-        daemon.communicate(timeout=20)
-        asked = manager.communicate(timeout=20)[0]
+        daemon.communicate(timeout=LONG)
+        asked = manager.communicate(timeout=LONG)[0]
         self.assertIn("member=ShowItems", asked)
         self.assertIn(f'string "file://{bundled}"', asked)
 

@@ -5,7 +5,7 @@ import os
 import signal
 import time
 
-from helper_case import SCRIPT, HelperCase, main, wait_until
+from helper_case import LONG, SCRIPT, HelperCase, main, wait_until
 
 
 class Profiles(HelperCase):
@@ -78,7 +78,7 @@ class Profiles(HelperCase):
                 wait_until(lambda: any(path.stat().st_size for path in self.folder.iterdir()), 20,
                            "half a copy")
                 os.killpg(child.pid, number)
-                self.assertNotEqual(child.wait(20), 0)
+                self.assertNotEqual(child.wait(LONG), 0)
             self.assertEqual(self.names(), [])
 
     def test_readers_see_whole_copies_only(self):

@@ -6,7 +6,7 @@ import pty
 import time
 from pathlib import Path
 
-from helper_case import SCRIPT, HelperCase, main, wait_until
+from helper_case import LONG, SCRIPT, HelperCase, main, wait_until
 
 LINK = "https://a/"
 
@@ -99,7 +99,7 @@ ln -sfn s SingletonSocket
         child = self.processes.start(["setsid", "--ctty", "--wait", "sh", SCRIPT, "launch", chrome, LINK],
                                      env=self.env, stdin=shell_side, stdout=shell_side, stderr=shell_side)
         os.close(shell_side)
-        self.assertEqual(child.wait(30), 0)
+        self.assertEqual(child.wait(LONG), 0)
         os.close(terminal)
         pid = int(self.note_of(chrome, "pid"))
         time.sleep(0.3)

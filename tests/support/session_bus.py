@@ -8,7 +8,7 @@ import subprocess
 from pathlib import Path
 from typing import NamedTuple
 
-from processes import wait_until
+from processes import LONG, wait_until
 
 APPLICATION = "com.hollowmere.ferrivane"
 _DESCRIPTIONS = Path(__file__).resolve().parents[2] / "resources"
@@ -41,7 +41,7 @@ class SessionBus:
             ["setpriv", "--pdeathsig", "TERM", "dbus-daemon", f"--config-file={self._config}", "--nofork"],
             env=self.processes.env | {"DBUS_SESSION_BUS_ADDRESS": self.address},
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(self._listens, 30, "a bus")
+        wait_until(self._listens, LONG, "a bus")
 
     def _listens(self):
         with socket.socket(socket.AF_UNIX) as probe:
@@ -49,7 +49,7 @@ class SessionBus:
 
     def stop(self, number=signal.SIGTERM):
         self.daemon.send_signal(number)
-        self.daemon.wait(30)
+        self.daemon.wait(LONG)
 
     def install(self, ferrivane):
         """The bus starts this program when somebody calls the application."""
