@@ -6,7 +6,6 @@
 #include <utility>
 
 #include <glib-unix.h>
-#include <poll.h>
 #include <xcb/xcb.h>
 
 #include "Ferrivane/linux/DisplaySockets.h"
@@ -67,8 +66,8 @@ FileDescriptor connectPlainly() {
 }
 
 bool hasHungUp(const FileDescriptor& connection) {
-    pollfd polled{.fd = connection.get(), .events = 0, .revents = 0};
-    return ::poll(&polled, 1, 0) > 0 && (polled.revents & POLLHUP) != 0;
+    GPollFD polled{.fd = connection.get(), .events = 0, .revents = 0};
+    return g_poll(&polled, 1, 0) > 0 && (polled.revents & G_IO_HUP) != 0;
 }
 
 gboolean connectToServer(gpointer) {
