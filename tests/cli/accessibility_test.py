@@ -191,10 +191,11 @@ class Accessibility(AgentCase):
     def test_alert_of_a_link_that_cannot_be_opened(self):
         agent = self.start_agent()
         caller = self.caller()
-        for button in ("OK", "Copy Link"):
+        for number, button in enumerate(("OK", "Copy Link"), 1):
             self.assertEqual(caller.open(LINK).error, "")
             self.wait_for_settings()
             self.start_client()
+            self.wait_for_log("Chrome launch failed: ", number)
             reason = re.search(r"\[ERROR\] +Chrome launch failed: (.*)", self.log())[1]
             self.assertIn("Google Chrome is not installed", reason)
             window, *inside = self.items()

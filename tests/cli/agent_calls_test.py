@@ -46,7 +46,7 @@ class AgentCalls(AgentCase):
         self.assertEqual(self.bus_caller.open("https://a/", "--x", "", " -y", "https://b/").error, "")
         self.wait_for_links(2)
         self.assertEqual(self.links(self.browser), ["https://a/", "https://b/"])
-        self.assertEqual(self.log_lines().count(SWITCH), 2)
+        self.wait_for_log(SWITCH, times=2)
         self.routed = 2
 
     def test_call_without_a_link_is_refused(self):

@@ -47,14 +47,14 @@ class AgentStart(AgentCase):
     def test_agent_shows_nothing_of_itself(self):
         self.start_agent()
         self.assert_no_settings(1.3)
-        self.assertIn(" started (agent)\n", self.log())
+        self.wait_for_log(" started (agent)\n")
 
     def test_start_by_the_person_shows_the_settings(self):
         first = self.start()
         caller = self.caller()
         wait_until(lambda: caller.owner() == first.pid, LONG, "the application on the bus")
         self.assert_settings_shown()
-        self.assertRegex(self.log(), r" started\n")
+        self.wait_for_log(" started\n")
         self.assertIsNone(first.poll())
         self.end(first)
 
@@ -111,7 +111,7 @@ class AgentStart(AgentCase):
         self.assert_settings_shown()
         self.assert_no_settings(1.3)
         self.assertIsNone(child.poll())
-        self.assertIn("[WARN] no session bus: links reach Ferrivane only as operands", self.log_lines())
+        self.wait_for_log("[WARN] no session bus: links reach Ferrivane only as operands\n")
         self.end(child)
 
     def test_link_as_operand_is_routed_beside_the_agent(self):
@@ -121,6 +121,7 @@ class AgentStart(AgentCase):
             self.assertEqual(self.run_program(*options, f"https://a/{number}"), DONE)
             self.assertEqual(browser.arguments(number)[-1], f"https://a/{number}".encode())
         self.assertEqual(self.caller().owner(), agent.pid)
+        self.end(agent)
         self.assertEqual(self.log().count(" started"), 1)
 
     def test_link_as_operand_makes_no_agent(self):

@@ -143,6 +143,7 @@ class AgentOpeners(AgentBrowserCase):
         for number, command in enumerate((["gio", "open"], ["xdg-open"])):
             link, before = self.link(f"/{number}"), len(self.desktop.log())
             self.run_command(*command, link)
+            self.summary(link, before)
             self.assert_fetched(link, HOME, settle=0.5)
             self.assertEqual(self.desktop.log()[before:].count("/… from "), 1)
 
