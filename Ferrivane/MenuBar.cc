@@ -35,6 +35,7 @@ void MenuBar::editRules() const {
 }
 
 void MenuBar::showLog() const {
+    log_.flush();  // its first line may be on its way
     open(log_.fileURL);
 }
 

@@ -83,6 +83,12 @@ TEST_F(MenuBarTest, EveryItem) {
     EXPECT_TRUE(fake.mainLoop.isStopped());
 }
 
+TEST_F(MenuBarTest, TheLogIsShownWithItsLastLine) {
+    for (int line = 0; line < 1000; ++line) log.info(std::to_string(line));
+    menuBar.showLog();
+    EXPECT_EQ(test::linesWithoutTime(log.fileURL).back(), "[INFO] 999");
+}
+
 TEST_F(MenuBarTest, AFileThatNobodyOpensIsNamedInTheLog) {
     fake.userInterface.opened = std::unexpected(PlatformError{"no application"});
     menuBar.showLog();
