@@ -35,7 +35,7 @@ def takes(process):
 
 
 def takes_at_rest(process):
-    time.sleep(3)  # it gives memory back after two seconds without work
+    time.sleep(3)  # it gives memory back after two seconds without work, and looks for its display before
     return takes(process)
 
 

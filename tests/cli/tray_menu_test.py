@@ -4,7 +4,7 @@
 import os
 import time
 
-from agent_case import LONG, MIB, Ran, main, takes, wait_until
+from agent_case import LONG, MIB, Ran, main, takes_at_rest, wait_until
 from tray_case import ITEM, MENU, Lines, TrayCase
 
 INVALID = "org.freedesktop.DBus.Error.InvalidArgs"
@@ -228,7 +228,7 @@ class TrayMenu(TrayCase):
                     self.assertEqual(caller.call("GetAll", "s", ITEM[1], **properties).error, "")
 
         rounds(2)  # the library keeps its buffers
-        before = takes(self.agent.pid)
+        before = takes_at_rest(self.agent.pid)
         rounds(6)
         self.assert_takes_no_more(self.agent.pid, before, 4 * MIB)
         self.assert_opened()
