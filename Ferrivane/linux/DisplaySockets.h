@@ -1,5 +1,5 @@
 // The sockets of compositor and X server, for whoever wants to know no more than whether they are
-// there. Both functions connect without waiting; invalid when nobody listens.
+// there. They are connected to without waiting; the result is invalid when nobody listens.
 #pragma once
 
 #include <cstring>

@@ -47,6 +47,7 @@ class AgentCalls(AgentCase):
         self.wait_for_links(2)
         self.assertEqual(self.links(self.browser), ["https://a/", "https://b/"])
         self.wait_for_log(SWITCH, times=2)
+        self.assertEqual(self.log_lines().count(SWITCH), 2)
         self.routed = 2
 
     def test_call_without_a_link_is_refused(self):

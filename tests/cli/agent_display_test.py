@@ -152,6 +152,7 @@ class EndOfXServer(DisplayCase):
     def test_what_the_server_tells_wakes_it_once(self):
         agent = self.start_watching(self.first)
         self.wait_for_rest(agent)
+        self.assertEqual(connections(self.first), 2, "the window manager's and one of the agent's")
         before = wake_ups(agent.pid)
         self.first.press("U2603")  # on no key, so that the keyboard's mapping is changed for it
         wait_until(lambda: wake_ups(agent.pid) > before, LONG, "the new mapping")

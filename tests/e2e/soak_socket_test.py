@@ -143,7 +143,7 @@ class Soak(AgentCase):
     def answer_late(self):
         """As a stopped browser does that goes on before it is given up."""
         time.sleep(0.02)
-        self.browser.delay = 1
+        self.browser.delay = 2
         time.sleep(0.1)
         self.browser.delay = 0
 

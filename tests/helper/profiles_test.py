@@ -75,7 +75,7 @@ class Profiles(HelperCase):
                                          start_new_session=True)
             with open(self.source, "wb", buffering=0) as pipe:
                 pipe.write(b"half")
-                wait_until(lambda: any(path.stat().st_size for path in self.folder.iterdir()), 20,
+                wait_until(lambda: any(path.stat().st_size for path in self.folder.iterdir()), LONG,
                            "half a copy")
                 os.killpg(child.pid, number)
                 self.assertNotEqual(child.wait(LONG), 0)
